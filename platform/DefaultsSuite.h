@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "platform/PropertyValue.h"
+
+namespace platform {
+
+// A defaults suite shared by an application group: a binary property-list file at
+// ${XDG_CONFIG_HOME:-$HOME/.config}/group-containers/<suite>.plist, mode 0600.
+//
+// Safe to use from any thread. Writes stay in memory until synchronize(), which takes a
+// cross-process lock (flock on "<file>.lock"), merges what other processes wrote to keys this
+// object has not changed, and replaces the file atomically (write to a temporary, fsync, rename).
+// A corrupt or unreadable file is logged and read as empty; it is replaced at the next flush.
+class DefaultsSuite {
+public:
+    // initWithSuiteName: opens (does not create) the suite's file and reads it.
+    explicit DefaultsSuite(const std::string& suiteName);
+
+    // setObject:forKey:; nullopt removes the key.
+    void setObject(const std::optional<PropertyValue>& value, const std::string& key);
+    // objectForKey:
+    std::optional<PropertyValue> objectForKey(const std::string& key) const;
+    // synchronize: reads what others wrote and writes this object's changes. False on failure
+    // (logged).
+    bool synchronize();
+
+    const std::string& suiteName() const { return suiteName_; }
+    // The file backing this suite.
+    const std::string& path() const { return path_; }
+
+    // Where the suite |suiteName| is stored for the current user.
+    static std::string pathForSuite(const std::string& suiteName);
+
+private:
+    mutable std::mutex mutex_;
+    std::string suiteName_;
+    std::string path_;
+    std::map<std::string, PropertyValue> values_;
+    std::set<std::string> dirtyKeys_;
+};
+
+}  // namespace platform

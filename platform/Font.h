@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace platform {
+
+// A font. A size in points is that many pixels at backing scale 1.
+class Font {
+public:
+    // systemFontOfSize: the desktop's UI sans-serif face.
+    static std::shared_ptr<Font> systemFontOfSize(double pointSize);
+    // The system font size a control uses when none is set.
+    static double systemFontSize() { return 13.0; }
+
+    double pointSize() const { return pointSize_; }
+    const std::string& familyName() const { return family_; }
+    // Line metrics in points.
+    double ascender() const;
+    double descender() const;  // negative, as on the platform
+    double leading() const;
+
+    Font(std::string family, double pointSize) : family_(std::move(family)), pointSize_(pointSize) {}
+
+private:
+    std::string family_;
+    double pointSize_;
+};
+
+using FontPtr = std::shared_ptr<Font>;
+
+}  // namespace platform

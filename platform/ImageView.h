@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/Image.h"
+#include "platform/View.h"
+
+namespace platform {
+
+// NSImageScaling
+enum class ImageScaling {
+    ProportionallyDown = 0,
+    AxesIndependently = 1,
+    None = 2,
+    ProportionallyUpOrDown = 3,
+};
+
+// An image view as a control: shows its image centred in its bounds by imageScaling (default
+// proportionally down); a highlighted state; target/action sent by subclasses that want clicks.
+class ImageView : public View {
+public:
+    explicit ImageView(const Rect& frame = NSZeroRect);
+    std::string className() const override { return "NSImageView"; }
+
+    const ImagePtr& image() const { return image_; }
+    virtual void setImage(ImagePtr image);
+    ImageScaling imageScaling() const { return scaling_; }
+    void setImageScaling(ImageScaling scaling);
+
+    bool isHighlighted() const { return highlighted_; }
+    virtual void setHighlighted(bool highlighted);
+
+    // Control target/action (the target is weak).
+    void setTarget(std::weak_ptr<Responder> target) { target_ = std::move(target); }
+    std::shared_ptr<Responder> target() const { return target_.lock(); }
+    void setAction(const Selector& action) { action_ = action; }
+    const Selector& action() const { return action_; }
+    // sendAction:to: with this view as the object; false when nothing was sent.
+    bool sendAction();
+
+    // Where the image lands in the bounds for the current scaling.
+    Rect imageRect() const;
+
+    void drawRect(const Rect& dirtyRect) override;
+
+private:
+    ImagePtr image_;
+    ImageScaling scaling_ = ImageScaling::ProportionallyDown;
+    bool highlighted_ = false;
+    std::weak_ptr<Responder> target_;
+    Selector action_;
+};
+
+}  // namespace platform

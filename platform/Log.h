@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+// The system log. Every line goes to syslog and to stderr; a capture (used by tests) sees the
+// lines written while it lives, from any thread.
+class Log {
+public:
+    // NSLog: writes one line. Thread-safe.
+    static void write(const std::string& line);
+};
+
+// Collects every log line written while it exists (all threads). Nestable.
+class LogCapture {
+public:
+    LogCapture();
+    ~LogCapture();
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    std::vector<std::string> lines() const;
+    // Number of captured lines equal to |line|.
+    size_t count(const std::string& line) const;
+    bool contains(const std::string& line) const { return count(line) > 0; }
+
+private:
+    friend class Log;
+    void append(const std::string& line);
+    struct State;
+    State* state_;
+};
+
+}  // namespace platform

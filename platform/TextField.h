@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+
+#include "platform/Color.h"
+#include "platform/Font.h"
+#include "platform/View.h"
+
+namespace platform {
+
+// NSTextAlignment values as the platform numbers them.
+enum class TextAlignment { Left = 0, Right = 1, Center = 2, Justified = 3, Natural = 4 };
+// NSLineBreakMode values.
+enum class LineBreakMode {
+    ByWordWrapping = 0,
+    ByCharWrapping = 1,
+    ByClipping = 2,
+    ByTruncatingHead = 3,
+    ByTruncatingTail = 4,
+    ByTruncatingMiddle = 5,
+};
+
+// A one-line label (editing is stored, not offered). Defaults: system font at 13 points, black
+// text, bordered, white background drawn, left aligned, clipping, editable and selectable.
+// The text's line box is vertically placed at the top of the bounds, as the platform's cell does.
+class TextField : public View {
+public:
+    explicit TextField(const Rect& frame = NSZeroRect);
+    std::string className() const override { return "NSTextField"; }
+
+    const std::string& stringValue() const { return string_; }
+    void setStringValue(const std::string& value);
+    const ColorPtr& textColor() const { return textColor_; }
+    void setTextColor(ColorPtr color);
+    const FontPtr& font() const { return font_; }
+    void setFont(FontPtr font);
+    TextAlignment alignment() const { return alignment_; }
+    void setAlignment(TextAlignment alignment);
+    LineBreakMode lineBreakMode() const { return lineBreakMode_; }
+    void setLineBreakMode(LineBreakMode mode);
+    bool isBordered() const { return bordered_; }
+    void setBordered(bool bordered);
+    const ColorPtr& backgroundColor() const { return backgroundColor_; }
+    void setBackgroundColor(ColorPtr color);
+    bool drawsBackground() const { return drawsBackground_; }
+    void setDrawsBackground(bool draws);
+    bool isEditable() const { return editable_; }
+    void setEditable(bool editable) { editable_ = editable; }
+    bool isSelectable() const { return selectable_; }
+    void setSelectable(bool selectable) { selectable_ = selectable; }
+
+    void drawRect(const Rect& dirtyRect) override;
+
+private:
+    std::string string_;
+    ColorPtr textColor_;
+    FontPtr font_;
+    TextAlignment alignment_ = TextAlignment::Natural;
+    LineBreakMode lineBreakMode_ = LineBreakMode::ByClipping;
+    bool bordered_ = true;
+    ColorPtr backgroundColor_;
+    bool drawsBackground_ = false;
+    bool editable_ = true;
+    bool selectable_ = true;
+};
+
+}  // namespace platform

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+// A URL: either a file URL made from a path, or any other absolute URL kept as text.
+class Url {
+public:
+    // fileURLWithPath: |path| is taken as raw bytes (names need not be UTF-8).
+    static Url fileURLWithPath(const std::string& path);
+    // URLWithString: nullopt when |text| is not an absolute URL with a scheme.
+    static std::optional<Url> URLWithString(const std::string& text);
+
+    bool isFileURL() const { return isFile_; }
+    // The URL as text; a file URL is "file://" and the percent-encoded path.
+    std::string absoluteString() const;
+    // The file system path of a file URL; empty for other URLs.
+    const std::string& path() const { return path_; }
+    // Last component of path() (for other URLs, of the URL's path).
+    std::string lastPathComponent() const;
+    // Text after the last dot of the last path component; empty when there is none.
+    std::string pathExtension() const;
+
+private:
+    Url() = default;
+    bool isFile_ = false;
+    std::string path_;
+    std::string text_;
+};
+
+}  // namespace platform
