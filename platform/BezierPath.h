@@ -8,20 +8,21 @@ namespace platform {
 
 // A path in the current view's coordinates, filled and stroked in the current graphics context.
 class BezierPath {
-public:
+  public:
     static std::shared_ptr<BezierPath> bezierPathWithRect(const Rect& rect);
-    static std::shared_ptr<BezierPath> bezierPathWithRoundedRect(const Rect& rect, double xRadius,
+    static std::shared_ptr<BezierPath> bezierPathWithRoundedRect(const Rect& rect,
+                                                                 double xRadius,
                                                                  double yRadius);
     ~BezierPath();
 
     void setLineWidth(double width) { lineWidth_ = width; }
     double lineWidth() const { return lineWidth_; }
 
-    void fill() const;    // with the current fill colour, antialiased
-    void stroke() const;  // centred on the path, with lineWidth
+    void fill() const;     // with the current fill colour, antialiased
+    void stroke() const;   // centred on the path, with lineWidth
     void addClip() const;  // intersects the current clip with the path
 
-private:
+  private:
     BezierPath();
     struct Shape;
     std::unique_ptr<Shape> shape_;

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+class QImage;
+
 namespace platform {
 
 class View;
@@ -16,7 +18,7 @@ struct Rgba {
 
 // Rendered pixels (premultiplied ARGB inside). Pixel (0, 0) is the top-left pixel.
 class Bitmap {
-public:
+  public:
     Bitmap(int pixelWidth, int pixelHeight, double scale);
     ~Bitmap();
     Bitmap(const Bitmap&) = delete;
@@ -40,8 +42,13 @@ public:
     struct Pixels;
     Pixels& pixels() { return *pixels_; }
     const Pixels& pixels() const { return *pixels_; }
+    // The pixels as a Qt image (premultiplied ARGB, top row first).
+    QImage& qimage();
+    const QImage& qimage() const;
+    // Adopts |image| (converted to premultiplied ARGB) as the pixels of a bitmap at |scale|.
+    static std::shared_ptr<Bitmap> fromQImage(const QImage& image, double scale);
 
-private:
+  private:
     std::unique_ptr<Pixels> pixels_;
     double scale_;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 
 namespace platform {
@@ -22,7 +23,7 @@ enum class ColorSpace { DeviceRGB, CalibratedWhite, GenericRGB, Pattern };
 // An immutable colour: device RGB components or a calibrated white level, each a 64-bit float
 // in 0..1. Shared by std::shared_ptr; a null pointer stands for "no colour" (nil).
 class Color : public std::enable_shared_from_this<Color> {
-public:
+  public:
     static std::shared_ptr<Color> colorWithDeviceRed(double r, double g, double b, double a);
     static std::shared_ptr<Color> colorWithCalibratedWhite(double white, double alpha);
     static std::shared_ptr<Color> colorWithWhite(double white, double alpha);
@@ -50,11 +51,12 @@ public:
 
     ~Color();
 
-private:
+  private:
     Color(ColorSpace space, double r, double g, double b, double a);
     ColorSpace space_;
     double r_, g_, b_, a_;
-    mutable CGColorRef cg_ = nullptr;
+    // Made on first request; atomic because colours are shared between threads.
+    mutable std::atomic<CGColorRef> cg_{nullptr};
 };
 
 using ColorPtr = std::shared_ptr<Color>;

@@ -17,7 +17,9 @@ namespace platform {
 // Safe to use from any thread. Writes stay in memory until synchronize(), which takes a
 // cross-process lock (flock on "<file>.lock"), merges what other processes wrote to keys this
 // object has not changed, and replaces the file atomically (write to a temporary, fsync, rename).
-// A corrupt or unreadable file is logged and read as empty; it is replaced at the next flush.
+// A corrupt or unreadable file is logged and read as empty; it is replaced at the next flush (a
+// corrupt one is first kept beside it as "<file>.corrupt"). objectForKey sees this object's own
+// writes at once, and picks up what other processes flushed when the file has changed.
 class DefaultsSuite {
 public:
     // initWithSuiteName: opens (does not create) the suite's file and reads it.
@@ -36,14 +38,33 @@ public:
     const std::string& path() const { return path_; }
 
     // Where the suite |suiteName| is stored for the current user.
+    // A name that is empty, "." or "..", or holds "/" or control characters is stored under an
+    // escaped file name inside the folder (logged), never outside it.
     static std::string pathForSuite(const std::string& suiteName);
 
 private:
+    // Identity of the file as last read, to notice another process's replacement cheaply.
+    struct FileStamp {
+        bool exists = false;
+        unsigned long long device = 0, inode = 0, size = 0;
+        long long mtimeNanoseconds = 0;
+        bool operator==(const FileStamp& o) const {
+            return exists == o.exists && device == o.device && inode == o.inode && size == o.size &&
+                   mtimeNanoseconds == o.mtimeNanoseconds;
+        }
+    };
+    static FileStamp stampOf(const std::string& path);
+    // Re-reads the file when it changed since the last read; keeps this object's unsaved keys.
+    // Caller holds mutex_.
+    void refreshIfChangedLocked() const;
+    void mergeFromFileValuesLocked(std::map<std::string, PropertyValue> fileValues) const;
+
     mutable std::mutex mutex_;
     std::string suiteName_;
     std::string path_;
-    std::map<std::string, PropertyValue> values_;
+    mutable std::map<std::string, PropertyValue> values_;
     std::set<std::string> dirtyKeys_;
+    mutable FileStamp stamp_;
 };
 
 }  // namespace platform

@@ -8,6 +8,10 @@ inline const char* const NSCocoaErrorDomain = "NSCocoaErrorDomain";
 // The code of a request that the user cancelled.
 constexpr long NSUserCancelledError = 3072;
 
+inline const char* const NSItemProviderErrorDomain = "NSItemProviderErrorDomain";
+// The code of a load for a type identifier the item provider does not offer.
+constexpr long NSItemProviderItemUnavailableError = -1000;
+
 // errorWithDomain:code:userInfo: (no user information is ever carried).
 struct Error {
     std::string domain;

@@ -12,6 +12,7 @@ public:
 
     // containerURLForSecurityApplicationGroupIdentifier: the group's shared directory,
     // ${XDG_DATA_HOME:-$HOME/.local/share}/group-containers/<group>/, created 0700 on first use.
+    // Returned as a path without the trailing "/" (callers append "/" and a name).
     // nullopt (logged) when it cannot be created or the identifier is unusable as a name.
     std::optional<std::string> containerURLForSecurityApplicationGroupIdentifier(
         const std::string& groupIdentifier);

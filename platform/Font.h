@@ -3,11 +3,14 @@
 #include <memory>
 #include <string>
 
+class QFont;
+class QPaintDevice;
+
 namespace platform {
 
 // A font. A size in points is that many pixels at backing scale 1.
 class Font {
-public:
+  public:
     // systemFontOfSize: the desktop's UI sans-serif face.
     static std::shared_ptr<Font> systemFontOfSize(double pointSize);
     // The system font size a control uses when none is set.
@@ -20,9 +23,15 @@ public:
     double descender() const;  // negative, as on the platform
     double leading() const;
 
-    Font(std::string family, double pointSize) : family_(std::move(family)), pointSize_(pointSize) {}
+    // Platform internals: the Qt font, sized so that one point is one unit of the paint device
+    // below; layout and metrics use that device so that text measures the same at any scale.
+    QFont qfont() const;
+    static QPaintDevice* layoutDevice();
 
-private:
+    Font(std::string family, double pointSize)
+        : family_(std::move(family)), pointSize_(pointSize) {}
+
+  private:
     std::string family_;
     double pointSize_;
 };

@@ -35,9 +35,15 @@ struct Rect {
     bool operator!=(const Rect& o) const { return !(*this == o); }
 };
 
-inline Point NSMakePoint(double x, double y) { return {x, y}; }
-inline Size NSMakeSize(double w, double h) { return {w, h}; }
-inline Rect NSMakeRect(double x, double y, double w, double h) { return {{x, y}, {w, h}}; }
+inline Point NSMakePoint(double x, double y) {
+    return {x, y};
+}
+inline Size NSMakeSize(double w, double h) {
+    return {w, h};
+}
+inline Rect NSMakeRect(double x, double y, double w, double h) {
+    return {{x, y}, {w, h}};
+}
 inline const Rect NSZeroRect{};
 
 // Half-open: minX <= x < maxX and minY <= y < maxY.

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "platform/Color.h"
 #include "platform/Geometry.h"
@@ -18,7 +20,7 @@ using CGContextRef = GraphicsContext*;
 // origin bottom-left, y up, in points; the conversion to the device (top-left, pixels) is the
 // context's transform and happens nowhere else. One current context per thread.
 class GraphicsContext {
-public:
+  public:
     // currentContext: the context a drawRect runs in; nullptr outside drawing.
     static GraphicsContext* currentContext();
 
@@ -39,6 +41,16 @@ public:
     // Backing scale of the device (1 or 2).
     double backingScaleFactor() const;
 
+    // CGContextTranslateCTM: moves the current coordinates' origin to (dx, dy) of the present
+    // coordinates (a subview's frame origin, for instance). Undone by restoreGraphicsState.
+    void translateBy(double dx, double dy);
+    // NSRectClip / CGContextClipToRect: intersects the clip with |rect| (current coordinates).
+    void clipToRect(const Rect& rect);
+    // CGContextSetAlpha: opacity applied to later drawing (0..1); saved with the state, so a
+    // view multiplies its alpha into the current one: setAlpha(alpha() * view alpha).
+    void setAlpha(double alpha);
+    double alpha() const;
+
     // Platform internals: the painter behind this context, set up with the flipped transform.
     QPainter& painter() { return *painter_; }
     // Makes a context over |painter| whose device is |deviceHeightPoints| high, at |scale|.
@@ -49,24 +61,40 @@ public:
 
     // Makes this the current context of the calling thread until the returned guard ends.
     class Current {
-    public:
+      public:
         explicit Current(GraphicsContext* context);
         ~Current();
 
-    private:
+      private:
         GraphicsContext* previous_;
     };
 
-    // Converts a rect in the current (y-up) user space to the painter's y-down space: the one
-    // place where the two spaces meet for text and image drawing that must not be mirrored.
+    // Converts a rect in the current (y-up, points) user space to the device's (top-left
+    // origin, y down, pixels).
     Rect toDeviceSpace(const Rect& rect) const;
+    // Platform internals: sets |painter|'s coordinates to y-down points with the origin at the
+    // top-left corner of |rect| (a rect of the current coordinates), so that text and images
+    // drawn there come out upright. Call within a save/restore of |painter|.
+    static void applyTopDownTransform(QPainter& painter, const Rect& rect);
+    // Platform internals: runs |draw| with a painter in the current coordinates, applying the
+    // clip mask if one is set. All drawing of the toolkit goes through here.
+    void paint(const std::function<void(QPainter&)>& draw);
 
-private:
+    ColorPtr fillColor() const { return state_.fill; }
+    ColorPtr strokeColor() const { return state_.stroke; }
+
+  private:
+    struct Mask;
+    struct State {
+        ColorPtr fill;
+        ColorPtr stroke;
+        std::shared_ptr<Mask> mask;  // alpha clip at device resolution, or none
+    };
     QPainter* painter_;
     double deviceHeight_;
     double scale_;
-    ColorPtr fill_;
-    ColorPtr stroke_;
+    State state_;
+    std::vector<State> saved_;
 };
 
 void NSRectFill(const Rect& rect);

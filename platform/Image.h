@@ -16,7 +16,7 @@ enum class ImageCacheMode { Default, Always, BySize, Never };
 // raster file (PNG/JPEG, with an optional @2x variant), pixels, or a drawing handler that is
 // called at each drawing (leave room: the aspect-fill rendition needs it).
 class Image : public std::enable_shared_from_this<Image> {
-public:
+  public:
     using DrawingHandler = std::function<bool(const Rect& destination)>;
 
     // imageNamed: looks in the main bundle (Bundle::mainBundle()); nullptr when missing.
@@ -43,7 +43,7 @@ public:
 
     ~Image();
 
-private:
+  private:
     Image();
     struct Source;
     std::shared_ptr<Source> source_;

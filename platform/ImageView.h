@@ -16,9 +16,12 @@ enum class ImageScaling {
 };
 
 // An image view as a control: shows its image centred in its bounds by imageScaling (default
-// proportionally down); a highlighted state; target/action sent by subclasses that want clicks.
+// proportionally down: shrunk to fit keeping its aspect, never enlarged); a highlighted state
+// (stored; the base draws no overlay); target/action sent by subclasses that want clicks. Mouse
+// events are not taken: they go up the responder chain, so a press on an icon reaches the view
+// that holds it. Main thread only.
 class ImageView : public View {
-public:
+  public:
     explicit ImageView(const Rect& frame = NSZeroRect);
     std::string className() const override { return "NSImageView"; }
 
@@ -38,12 +41,13 @@ public:
     // sendAction:to: with this view as the object; false when nothing was sent.
     bool sendAction();
 
-    // Where the image lands in the bounds for the current scaling.
+    // Where the image lands in the bounds for the current scaling (view coordinates); the zero
+    // rect without an image.
     Rect imageRect() const;
 
     void drawRect(const Rect& dirtyRect) override;
 
-private:
+  private:
     ImagePtr image_;
     ImageScaling scaling_ = ImageScaling::ProportionallyDown;
     bool highlighted_ = false;

@@ -7,13 +7,14 @@
 
 namespace platform {
 
+class GraphicsContext;
 class Image;
 
 // A view's backing layer. Drawn beneath the view's own drawing: the background colour filled on
 // the bounds (rounded by cornerRadius), with the view's drawing and subviews clipped to the
 // rounded bounds when masksToBounds is set. Contents and gravity are for the image view.
 class Layer {
-public:
+  public:
     Layer() = default;
     ~Layer();
     Layer(const Layer&) = delete;
@@ -34,7 +35,15 @@ public:
     void setContentsGravity(Gravity gravity) { gravity_ = gravity; }
     Gravity contentsGravity() const { return gravity_; }
 
-private:
+    // Paints the layer into |ctx| under the view's own drawing: the background colour filled on
+    // |bounds| (rounded by cornerRadius), then the contents placed by contentsGravity. |bounds|
+    // is in the current (y-up, points) coordinates of |ctx|. Leaves the clip unchanged.
+    void drawInContext(GraphicsContext& ctx, const Rect& bounds) const;
+    // Intersects the clip of |ctx| with |bounds| rounded by cornerRadius. The caller decides
+    // when (masksToBounds) and brackets it with save/restoreGraphicsState.
+    void clipToShape(GraphicsContext& ctx, const Rect& bounds) const;
+
+  private:
     CGColorRef background_ = nullptr;
     double cornerRadius_ = 0;
     bool masksToBounds_ = false;

@@ -18,6 +18,13 @@ public:
     // Aborts with a message when called off the main thread (views and controllers are
     // main-thread only).
     static void assertMainThread(const char* where);
+
+private:
+    friend class EventLoop;
+    // The event loop hooks the queue into the main thread's Qt loop when it starts, and unhooks
+    // it before the application object goes. Tasks queued before that wait for the hook.
+    static void attachToEventLoop();
+    static void detachFromEventLoop();
 };
 
 }  // namespace platform

@@ -20,11 +20,13 @@ enum class LineBreakMode {
     ByTruncatingMiddle = 5,
 };
 
-// A one-line label (editing is stored, not offered). Defaults: system font at 13 points, black
-// text, bordered, white background drawn, left aligned, clipping, editable and selectable.
-// The text's line box is vertically placed at the top of the bounds, as the platform's cell does.
+// A label (editing is stored, not offered). Main thread only. Defaults: system font at 13
+// points, black text, bordered (a 1-point grey line inside the bounds), white background drawn,
+// natural (left) alignment, clipping, editable and selectable. The text sits 2 points in from
+// the sides and its first line box at the top of the bounds, as the platform's cell places it;
+// the wrapping line-break modes wrap onto more lines, the others keep one.
 class TextField : public View {
-public:
+  public:
     explicit TextField(const Rect& frame = NSZeroRect);
     std::string className() const override { return "NSTextField"; }
 
@@ -51,7 +53,7 @@ public:
 
     void drawRect(const Rect& dirtyRect) override;
 
-private:
+  private:
     std::string string_;
     ColorPtr textColor_;
     FontPtr font_;
@@ -59,7 +61,7 @@ private:
     LineBreakMode lineBreakMode_ = LineBreakMode::ByClipping;
     bool bordered_ = true;
     ColorPtr backgroundColor_;
-    bool drawsBackground_ = false;
+    bool drawsBackground_ = true;
     bool editable_ = true;
     bool selectable_ = true;
 };

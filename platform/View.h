@@ -13,7 +13,7 @@ namespace platform {
 class Window;
 class GraphicsContext;
 
-// A view in a retained tree, with AppKit semantics. Main thread only.
+// A view in a retained tree, with AppKit semantics. Main thread only (asserted in debug builds).
 //
 // frame is in the superview's coordinates, bounds in the view's own; both spaces have the origin
 // at the bottom-left corner and y growing upward (views are never flipped). Subviews are kept in
@@ -21,7 +21,7 @@ class GraphicsContext;
 // its layer (background, rounded when asked), drawRect, then the subviews, each clipped to its
 // parent's bounds (and to the rounded layer when masksToBounds is set), at the view's alpha.
 class View : public Responder, public std::enable_shared_from_this<View> {
-public:
+  public:
     // initWithFrame:
     explicit View(const Rect& frame = NSZeroRect);
     ~View() override;
@@ -70,7 +70,8 @@ public:
     void setNeedsDisplay(bool needsDisplay);
 
     bool wantsLayer() const { return wantsLayer_; }
-    // YES gives the view a backing layer (made on first need).
+    // YES gives the view a backing layer (made on first need; a layer given to setLayer before
+    // is the one kept). The layer is drawn only while the view wants one.
     void setWantsLayer(bool wantsLayer);
     // nullptr until the view wants a layer or is given one.
     Layer* layer() const { return layer_.get(); }
@@ -90,14 +91,23 @@ public:
     // Platform internals: draws this view and its subtree into |context|, whose current
     // coordinates are this view's superview's.
     void displayInContext(GraphicsContext& context);
-    // Called by Window when the view joins or leaves one.
+    // Called by Window when the view joins or leaves one; applies to the whole subtree.
     void setWindow(Window* window);
 
-protected:
+  protected:
     // Called after the frame changed through any setter.
     virtual void frameDidChange() {}
+    // Called after the view (or an ancestor) joined or left a window.
+    virtual void viewDidMoveToWindow() {}
+    // Draws a focus ring, if the view shows one. Runs after the view and its subviews drew, in
+    // the view's coordinates but without the clip to its bounds, since a ring lies outside them.
+    virtual void drawFocusRing(GraphicsContext& context);
 
-private:
+  private:
+    // Sum of the frame origins from this view up to the root of its tree: the offset from this
+    // view's coordinates to the base space (the window's, for a view in a window).
+    Point offsetToBase() const;
+
     Rect frame_;
     View* superview_ = nullptr;
     Window* window_ = nullptr;

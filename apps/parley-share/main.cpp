@@ -1,0 +1,128 @@
+// parley-share: runs the share extension for one request, the way the Share menu would: it
+// loads the extension's bundle, hands the controller one item (a link or files), takes the
+// action and waits until every load, store write and wake-up of the hand-off has run.
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "apps/parley-share/ShareCommandLine.h"
+#include "platform/Bundle.h"
+#include "platform/EventLoop.h"
+#include "platform/ExtensionContext.h"
+#include "platform/ExtensionItem.h"
+#include "platform/ItemProvider.h"
+#include "platform/Url.h"
+#include "share/ShareViewController.h"
+
+namespace {
+
+constexpr int kExitCompleted = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitCancelled = 2;
+constexpr int kExitUsage = 64;
+constexpr int kExitConfig = 78;
+
+// Large copies may take long; a hand-off that is still running after this is given up.
+constexpr std::chrono::minutes kHandoffTimeout{10};
+
+std::string ownExecutablePath() {
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::string() : path.string();
+}
+
+// An absolute path without trailing slashes, so that its last component is the file's name.
+// Symbolic links are kept: a shared link is copied as a link.
+std::string absoluteFilePath(const std::string& file) {
+    std::error_code error;
+    std::string path = std::filesystem::absolute(file, error).string();
+    if (error)
+        path = file;
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+std::shared_ptr<platform::ExtensionItem> makeItem(const ShareCommandLine& line) {
+    std::vector<std::shared_ptr<platform::ItemProvider>> attachments;
+    if (line.url()) {
+        attachments.push_back(
+            platform::ItemProvider::withURL(*platform::Url::URLWithString(*line.url())));
+    } else {
+        for (const std::string& file : line.files())
+            attachments.push_back(platform::ItemProvider::withURL(
+                platform::Url::fileURLWithPath(absoluteFilePath(file))));
+    }
+    return std::make_shared<platform::ExtensionItem>(std::move(attachments));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const ShareCommandLine line =
+        ShareCommandLine::parse(std::vector<std::string>(argv + 1, argv + argc));
+    if (line.help()) {
+        std::fputs(ShareCommandLine::usage().c_str(), stdout);
+        return kExitCompleted;
+    }
+    if (!line.isValid()) {
+        std::fprintf(stderr, "parley-share: %s\n\n%s", line.error().c_str(),
+                     ShareCommandLine::usage().c_str());
+        return kExitUsage;
+    }
+
+    platform::EventLoop loop(argc, argv);
+
+    std::shared_ptr<platform::Bundle> bundle =
+        line.bundlePath() ? std::make_shared<platform::Bundle>(*line.bundlePath())
+                          : platform::Bundle::bundleContainingExecutable(ownExecutablePath());
+    if (!bundle) {
+        std::fprintf(stderr,
+                     "parley-share: not inside an extension bundle (%s); use --bundle PATH\n",
+                     ownExecutablePath().c_str());
+        return kExitConfig;
+    }
+    platform::Bundle::setMainBundle(bundle);
+
+    auto context = std::make_shared<platform::ExtensionContext>(
+        std::vector<std::shared_ptr<platform::ExtensionItem>>{makeItem(line)});
+    {
+        // The hand-off's closures hold the controller until the last of them has run.
+        auto controller = std::make_shared<ShareViewController>();
+        controller->setExtensionContext(context);
+        controller->view();
+        switch (line.action()) {
+            case ShareCommandLine::Action::SendToFriend:
+                controller->onClickSendToFriend();
+                break;
+            case ShareCommandLine::Action::FavToParley:
+                controller->onClickFavToParley();
+                break;
+            case ShareCommandLine::Action::Cancel:
+                controller->cancel();
+                break;
+            case ShareCommandLine::Action::None:
+                break;
+        }
+    }
+
+    if (!platform::EventLoop::runUntilIdle(kHandoffTimeout)) {
+        std::fprintf(stderr, "parley-share: the hand-off did not end within %lld minutes\n",
+                     static_cast<long long>(kHandoffTimeout.count()));
+        return kExitFailed;
+    }
+    switch (context->state()) {
+        case platform::ExtensionContext::State::Completed:
+            return kExitCompleted;
+        case platform::ExtensionContext::State::Cancelled:
+            return kExitCancelled;
+        case platform::ExtensionContext::State::Pending:
+            break;
+    }
+    std::fprintf(stderr, "parley-share: the request was neither completed nor cancelled\n");
+    return kExitFailed;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+// The process's connection to the D-Bus session bus, shared by the notification centre and the
+// running-application lookup. Internal to platform/.
+//
+// QtDBus blocks without limit when a bus accepts a connection and never answers, so the bus is
+// first probed with a plain socket (the SASL "AUTH EXTERNAL" exchange, bounded by a poll
+// timeout); only a bus that answers is handed to QtDBus. The connection is cached per bus
+// address and re-made when it drops. Thread-safe.
+class SessionBus {
+  public:
+    // Every bus call is given this timeout, and the probe is bounded by it.
+    static constexpr int kTimeoutMilliseconds = 250;
+
+    // The connection, or nullopt (logged, mentioning |purpose|) when no bus answers in time.
+    static std::optional<QDBusConnection> connection(const std::string& purpose);
+
+    // D-Bus naming rules.
+    static bool isValidMemberName(const std::string& name);
+    static bool isValidBusName(const std::string& name);
+};
+
+}  // namespace platform

@@ -1,0 +1,183 @@
+// The built programs together: parley-share hands a share over to parley-host on a real session
+// bus, or launches it; bad arguments and a missing bus have their defined outcomes.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "platform/RunningApplication.h"
+#include "share/HandoffKeys.h"
+#include "tests/share/ShareTestSupport.h"
+
+namespace share_test {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::PropertyValue;
+
+const std::string kShareProgram = std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
+const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
+
+std::string quoted(const std::string& text) {
+    std::string out = "'";
+    for (char c : text)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+// Runs |command| through the shell, bounded; returns its exit status.
+int run(const std::string& command) {
+    const int status = std::system(("timeout 120 " + command).c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::vector<std::string> readLines(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    std::string text;
+    while (std::getline(in, text))
+        lines.push_back(text);
+    return lines;
+}
+
+std::string readAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+class ShareProgramsTest : public ShareTest {
+  protected:
+    void SetUp() override {
+        ShareTest::SetUp();
+        ASSERT_TRUE(fs::exists(kShareProgram)) << "build parley-share first";
+        ASSERT_TRUE(fs::exists(kHostProgram)) << "build parley-host first";
+    }
+
+    // Starts parley-host in the background and waits until it reported its start.
+    void startHost(const std::string& options) {
+        ASSERT_EQ(std::system((quoted(kHostProgram) + " " + options + " --record-file " +
+                               quoted(records()) + " >/dev/null 2>" +
+                               quoted(files_.file("host.err")) + " &")
+                                  .c_str()),
+                  0);
+        ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }))
+            << readAll(files_.file("host.err"));
+    }
+    std::string records() const { return files_.file("records.jsonl"); }
+    std::string shareErrors() const { return files_.file("share.err"); }
+
+    int share(const std::string& arguments, const std::string& environment = "") {
+        return run((environment.empty() ? "" : "env " + environment + " ") + quoted(kShareProgram) +
+                   " " + arguments + " >/dev/null 2>" + quoted(shareErrors()));
+    }
+};
+
+TEST_F(ShareProgramsTest, RunningHostPrintsTheLinkRecordOnItsNotification) {
+    startHost("--exit-after 1");
+    EXPECT_EQ(share("--action fav --url 'https://example.org/a?b=c&d=%22e%22'"), 0)
+        << readAll(shareErrors());
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
+    const auto lines = readLines(records());
+    EXPECT_EQ(lines[0].rfind("{\"event\":\"start\",", 0), 0u) << lines[0];
+    EXPECT_EQ(lines[1],
+              "{\"event\":\"notification\",\"type\":\"public.url\",\"entry\":\"favToParley\","
+              "\"url\":\"https://example.org/a?b=c&d=%22e%22\"}");
+    // The host exits after its one notification and gives its name up.
+    EXPECT_TRUE(waitFor([] {
+        return platform::RunningApplication::runningApplicationsWithBundleIdentifier(kHostId)
+            .empty();
+    }));
+    EXPECT_NE(readAll(shareErrors()).find("[ShareViewController]: Parley is online."),
+              std::string::npos);
+}
+
+TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
+    startHost("--exit-after 2");
+    const std::string plain = files_.writeText("plain.txt", "p");
+    const std::string odd = files_.writeText("say \"hi\"\tnow\\.txt", "o");
+    const std::string big = files_.file("huge.iso");
+    std::ofstream(big).close();
+    fs::resize_file(big, 157286400);
+    EXPECT_EQ(share("--action send " + quoted(plain) + " " + quoted(big)), 0);
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
+    EXPECT_EQ(share("--action fav " + quoted(odd)), 0);
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 3; }));
+    const std::string c = containerPath();
+    const auto lines = readLines(records());
+    EXPECT_EQ(lines[1],
+              "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"sendToFriend\","
+              "\"paths\":[\"" +
+                  c +
+                  "/plain.txt\"],\"invalidNames\":[\"huge.iso\"],"
+                  "\"invalidSizes\":[\"150.0M\"]}");
+    EXPECT_EQ(lines[2],
+              "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"favToParley\","
+              "\"paths\":[\"" +
+                  c +
+                  "/say \\\"hi\\\"\\tnow\\\\.txt\"],\"invalidNames\":[],"
+                  "\"invalidSizes\":[]}");
+}
+
+// No host running: the share launches Parley.app from the applications folder, and the launched
+// host reads the whole record at its start.
+TEST_F(ShareProgramsTest, StoppedHostIsLaunchedAndReadsTheRecordAtStart) {
+    const std::string applications = fs::path(PARLEY_APP_DIR).parent_path().string();
+    const std::string file = files_.writeText("launch.txt", "l");
+    EXPECT_EQ(share("--action fav " + quoted(file),
+                    "PARLEY_APPLICATIONS_DIR=" + quoted(applications) +
+                        " PARLEY_HOST_ONCE=1 PARLEY_HOST_RECORD_FILE=" + quoted(records())),
+              0);
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }));
+    EXPECT_EQ(readLines(records())[0],
+              "{\"event\":\"start\",\"type\":\"public.file-url\",\"entry\":\"favToParley\","
+              "\"paths\":[\"" +
+                  containerPath() +
+                  "/launch.txt\"],\"invalidNames\":[],"
+                  "\"invalidSizes\":[]}");
+    EXPECT_NE(readAll(shareErrors()).find("[ShareViewController]: Parley is offline."),
+              std::string::npos);
+}
+
+TEST_F(ShareProgramsTest, BadArgumentsExitWithUsage) {
+    const std::string file = files_.writeText("x.txt", "x");
+    for (const std::string& arguments :
+         std::vector<std::string>{"--action fav", "--action fav --bogus " + quoted(file),
+                                  "--action fav --url https://example.org/ " + quoted(file),
+                                  "--action maybe " + quoted(file), "--action fav --url not-a-url",
+                                  quoted(file), std::string("--action"), std::string("")}) {
+        EXPECT_EQ(share(arguments), 64) << arguments;
+        EXPECT_NE(readAll(shareErrors()).find("Usage: parley-share"), std::string::npos);
+    }
+    EXPECT_EQ(run(quoted(kShareProgram) + " --help >" + quoted(files_.file("help"))), 0);
+    EXPECT_NE(readAll(files_.file("help")).find("--action"), std::string::npos);
+    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+}
+
+TEST_F(ShareProgramsTest, CancelExitsTwoAndHandsNothingOver) {
+    EXPECT_EQ(share("--action cancel --url https://example.org/"), 2);
+    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
+    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+}
+
+// Without a session bus, or with one that is gone, the share still completes in bounded time:
+// the host cannot be seen running, so its launch is attempted, and the record is in the store.
+TEST_F(ShareProgramsTest, MissingOrDeadSessionBusStillCompletesTheShare) {
+    const std::string file = files_.writeText("nobus.txt", "n");
+    const std::vector<std::string> environments = {
+        "-u DBUS_SESSION_BUS_ADDRESS",
+        "DBUS_SESSION_BUS_ADDRESS=unix:path=" + files_.file("no-such-socket"),
+    };
+    for (const std::string& environment : environments) {
+        const auto started = Clock::now();
+        EXPECT_EQ(share("--action send " + quoted(file), environment), 0) << environment;
+        EXPECT_LT(Clock::now() - started, std::chrono::seconds(30)) << environment;
+        EXPECT_NE(readAll(shareErrors()).find("[ShareViewController]: Parley is offline."),
+                  std::string::npos)
+            << readAll(shareErrors());
+        EXPECT_EQ(stored(handoff::kSharePathArrayKey),
+                  PropertyValue(StringArray{containerPath() + "/nobus.txt"}));
+    }
+}
+
+}  // namespace
+}  // namespace share_test

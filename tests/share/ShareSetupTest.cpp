@@ -1,0 +1,163 @@
+// Start-up: identity, the group, the store and the classification of the shared item.
+#include <filesystem>
+#include <fstream>
+
+#include "platform/Error.h"
+#include "share/HandoffKeys.h"
+#include "tests/share/ShareTestSupport.h"
+
+namespace share_test {
+namespace {
+
+using platform::ExtensionContext;
+using platform::NSMakeRect;
+using platform::PropertyValue;
+
+TEST_F(ShareTest, LinkIsClassifiedAndItsTypeStoredAndReadBack) {
+    auto controller = startShare({linkProvider("https://example.org/article")});
+
+    EXPECT_EQ(controller->nibName(), "ShareViewController");
+    EXPECT_EQ(controller->shareType(), ShareTypeUrl);
+    EXPECT_EQ(controller->shareEntry(), ShareEntryNone);
+    EXPECT_EQ(controller->bundleId(), kHostId);
+    EXPECT_EQ(controller->shareFolderName(), kGroup);
+    EXPECT_EQ(controller->view()->frame(), NSMakeRect(0, 0, 376, 370));
+    EXPECT_EQ(controller->extensionItem(), context_->inputItems().front());
+    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    EXPECT_EQ(context_->state(), ExtensionContext::State::Pending);
+    EXPECT_EQ(shareLines(), (std::vector<std::string>{
+                                line("bundleId[" + kHostId + "]"),
+                                line("teamIdentifier[" + kTeamId + "]"),
+                                readBackLine("public.url", "ParleyMacShareType"),
+                            }));
+}
+
+TEST_F(ShareTest, FileUrlIsAFileShareAndOnlyTheFirstAttachmentDecides) {
+    const std::string file = files_.writeText("note.txt", "hello");
+    {
+        auto controller = startShare({fileProvider(file), linkProvider("https://example.org/")});
+        EXPECT_EQ(controller->shareType(), ShareTypeFile);
+        EXPECT_EQ(controller->view()->frame(), NSMakeRect(0, 0, 376, 370));
+        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.file-url"));
+    }
+    {
+        auto controller = startShare({linkProvider("https://example.org/"), fileProvider(file)});
+        EXPECT_EQ(controller->shareType(), ShareTypeUrl);
+        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    }
+}
+
+// Plain text, an item without attachments and a request without items are all unknown: the
+// request completes at once, nothing is written, the earlier share's type is read back.
+TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndWriteNothing) {
+    storeEarlierShare({{handoff::kShareTypeKey, std::string("public.url")}});
+    std::vector<std::vector<std::shared_ptr<platform::ExtensionItem>>> requests = {
+        {std::make_shared<platform::ExtensionItem>(
+            std::vector<std::shared_ptr<platform::ItemProvider>>{
+                platform::ItemProvider::withTypes({"public.plain-text"})})},
+        {std::make_shared<platform::ExtensionItem>()},
+        {},
+    };
+    for (auto& items : requests) {
+        log_ = std::make_unique<platform::LogCapture>();
+        auto controller = startShareWithItems(items);
+        EXPECT_EQ(controller->shareType(), ShareTypeUnknown);
+        EXPECT_EQ(context_->state(), ExtensionContext::State::Completed);
+        EXPECT_EQ(context_->endingCount(), 1);
+        EXPECT_EQ(controller->view()->frame(), platform::NSZeroRect);
+        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+        EXPECT_EQ(shareLines(), (std::vector<std::string>{
+                                    line("bundleId[" + kHostId + "]"),
+                                    line("teamIdentifier[" + kTeamId + "]"),
+                                    "[ShareViewController][error]: ShareType is unknown.",
+                                    readBackLine("public.url", "ParleyMacShareType"),
+                                }));
+    }
+}
+
+TEST_F(ShareTest, UnknownTypeWithNoEarlierShareReadsBackNothing) {
+    auto controller = startShare({platform::ItemProvider::withTypes({"public.image"})});
+    EXPECT_EQ(shareLines().back(), readBackLine("(null)", "ParleyMacShareType"));
+    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+}
+
+// An action after an unknown type records the entry but hands nothing over and wakes no one.
+TEST_F(ShareTest, ActionOnUnknownTypeWritesTheEntryOnly) {
+    auto controller = startShare({platform::ItemProvider::withTypes({"public.plain-text"})});
+    controller->onClickFavToParley();
+    runUntilIdle();
+    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
+    EXPECT_EQ(controller->wakeupCount(), 0);
+    EXPECT_FALSE(stored(handoff::kSharePathArrayKey).has_value());
+    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+}
+
+TEST_F(ShareTest, GroupIsTheTeamIdentifierRunTogetherWithTheHostIdentifier) {
+    useBundle("<string>TEAM</string>");
+    auto controller = startShare({linkProvider("https://example.org/")});
+    EXPECT_EQ(controller->shareFolderName(), "TEAM" + kHostId);
+    EXPECT_EQ(stored(handoff::kShareTypeKey, "TEAM" + kHostId), PropertyValue("public.url"));
+}
+
+// Without a usable TeamIdentifier the group is the host identifier alone, and that is said once.
+TEST_F(ShareTest, MissingOrNonStringTeamIdentifierFallsBackToTheHostIdentifier) {
+    for (const std::string& xml :
+         {std::string(), std::string("<array><string>X</string></array>")}) {
+        useBundle(xml);
+        log_ = std::make_unique<platform::LogCapture>();
+        auto controller = startShare({linkProvider("https://example.org/")});
+        EXPECT_EQ(controller->shareFolderName(), kHostId);
+        EXPECT_EQ(stored(handoff::kShareTypeKey, kHostId), PropertyValue("public.url"));
+        const auto lines = shareLines();
+        ASSERT_GE(lines.size(), 3u);
+        if (xml.empty()) {
+            EXPECT_EQ(lines[1], line("teamIdentifier[(null)]"));
+        }
+        EXPECT_EQ(lines[2],
+                  "[ShareViewController][error]: TeamIdentifier is missing or not a "
+                  "string; the group is [" +
+                      kHostId + "].");
+    }
+}
+
+TEST_F(ShareTest, BundleIdentifierWithoutADotIsTakenWhole) {
+    useBundle("<string>" + kTeamId + "</string>", "standalone");
+    auto controller = startShare({linkProvider("https://example.org/")});
+    EXPECT_EQ(controller->bundleId(), "standalone");
+}
+
+// Cancel hands the user-cancelled error over and writes nothing: the type of this share and the
+// entry of the one before stay.
+TEST_F(ShareTest, CancelWritesNothing) {
+    storeEarlierShare({{handoff::kShareEntryKey, std::string("sendToFriend")},
+                       {handoff::kShareTypeKey, std::string("public.file-url")}});
+    auto controller = startShare({linkProvider("https://example.org/")});
+    const size_t linesBefore = shareLines().size();
+    controller->cancel();
+    runUntilIdle();
+    EXPECT_EQ(context_->state(), ExtensionContext::State::Cancelled);
+    ASSERT_TRUE(context_->cancellationError().has_value());
+    EXPECT_EQ(context_->cancellationError()->domain, "NSCocoaErrorDomain");
+    EXPECT_EQ(context_->cancellationError()->code, 3072);
+    EXPECT_EQ(shareLines().size(), linesBefore);
+    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("sendToFriend"));
+    EXPECT_EQ(controller->wakeupCount(), 0);
+}
+
+// A store file that is not a property list is read as empty and replaced at the next flush.
+TEST_F(ShareTest, CorruptStoreIsReplacedAndTheShareCompletes) {
+    const std::string storeFile = platform::DefaultsSuite::pathForSuite(kGroup);
+    std::filesystem::create_directories(std::filesystem::path(storeFile).parent_path());
+    std::ofstream(storeFile) << "bplist00 this is not a property list \x01\x02";
+    auto controller = startShare({linkProvider("https://example.org/x")});
+    controller->onClickFavToParley();
+    runUntilIdle();
+    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
+    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/x"));
+    EXPECT_EQ(controller->wakeupCount(), 1);
+}
+
+}  // namespace
+}  // namespace share_test
