@@ -8,10 +8,16 @@
 
 #include "platform/DefaultsSuite.h"
 #include "platform/ExtensionItem.h"
+#include "platform/ImageView.h"
+#include "platform/TextField.h"
 #include "platform/Url.h"
 #include "platform/ViewController.h"
 #include "share/ShareEntry.h"
 #include "share/ShareType.h"
+#include "viewkit/PLSCustomDivider.h"
+#include "viewkit/PLSOutlineButton.h"
+#include "viewkit/PLSTextView.h"
+#include "viewkit/PLSView.h"
 
 class FileExport;
 
@@ -72,10 +78,87 @@ class ShareViewController : public platform::ViewController {
     ShareType shareType() const { return m_shareType; }
     ShareEntry shareEntry() const { return m_shareEntry.load(); }
 
+    // The sheet's views, each set once while the view loads.
+    const std::shared_ptr<PLSOutlineButton>& cancelBtn() const { return cancelBtn_; }
+    void setCancelBtn(std::shared_ptr<PLSOutlineButton> v) { cancelBtn_ = std::move(v); }
+    const std::shared_ptr<PLSCustomDivider>& bottomDivider() const { return bottomDivider_; }
+    void setBottomDivider(std::shared_ptr<PLSCustomDivider> v) { bottomDivider_ = std::move(v); }
+    const std::shared_ptr<PLSCustomDivider>& midDivider() const { return midDivider_; }
+    void setMidDivider(std::shared_ptr<PLSCustomDivider> v) { midDivider_ = std::move(v); }
+    const std::shared_ptr<PLSCustomDivider>& topDivider() const { return topDivider_; }
+    void setTopDivider(std::shared_ptr<PLSCustomDivider> v) { topDivider_ = std::move(v); }
+    const std::shared_ptr<PLSView>& favToParleyContainer() const { return favToParleyContainer_; }
+    void setFavToParleyContainer(std::shared_ptr<PLSView> v) {
+        favToParleyContainer_ = std::move(v);
+    }
+    const std::shared_ptr<platform::ImageView>& favIcon() const { return favIcon_; }
+    void setFavIcon(std::shared_ptr<platform::ImageView> v) { favIcon_ = std::move(v); }
+    const std::shared_ptr<PLSTextView>& favToParleyText() const { return favToParleyText_; }
+    void setFavToParleyText(std::shared_ptr<PLSTextView> v) { favToParleyText_ = std::move(v); }
+    const std::shared_ptr<platform::ImageView>& favArrow() const { return favArrow_; }
+    void setFavArrow(std::shared_ptr<platform::ImageView> v) { favArrow_ = std::move(v); }
+    const std::shared_ptr<PLSView>& sendToFriendContainer() const { return sendToFriendContainer_; }
+    void setSendToFriendContainer(std::shared_ptr<PLSView> v) {
+        sendToFriendContainer_ = std::move(v);
+    }
+    const std::shared_ptr<platform::ImageView>& sendIcon() const { return sendIcon_; }
+    void setSendIcon(std::shared_ptr<platform::ImageView> v) { sendIcon_ = std::move(v); }
+    const std::shared_ptr<PLSTextView>& sendToFriendText() const { return sendToFriendText_; }
+    void setSendToFriendText(std::shared_ptr<PLSTextView> v) { sendToFriendText_ = std::move(v); }
+    const std::shared_ptr<platform::ImageView>& sendArrow() const { return sendArrow_; }
+    void setSendArrow(std::shared_ptr<platform::ImageView> v) { sendArrow_ = std::move(v); }
+    const std::shared_ptr<platform::View>& contentContainer() const { return contentContainer_; }
+    void setContentContainer(std::shared_ptr<platform::View> v) {
+        contentContainer_ = std::move(v);
+    }
+    const std::shared_ptr<platform::TextField>& fileCount() const { return fileCount_; }
+    void setFileCount(std::shared_ptr<platform::TextField> v) { fileCount_ = std::move(v); }
+    const std::shared_ptr<platform::View>& parleyLogoContainer() const {
+        return parleyLogoContainer_;
+    }
+    void setParleyLogoContainer(std::shared_ptr<platform::View> v) {
+        parleyLogoContainer_ = std::move(v);
+    }
+    const std::shared_ptr<platform::ImageView>& parleyLogo() const { return parleyLogo_; }
+    void setParleyLogo(std::shared_ptr<platform::ImageView> v) { parleyLogo_ = std::move(v); }
+
+    // The press tint of the two action rows.
+    bool sendHighlighted() const { return sendHighlighted_; }
+    void setSendHighlighted(bool highlighted);
+    bool favHighlighted() const { return favHighlighted_; }
+    void setFavHighlighted(bool highlighted);
+
+    // The sheet's layout routines, run once each from loadView in this order.
+    void layoutCancelBtn();
+    void layoutDividers();
+    void layoutFavToParley();
+    void layoutSendToFriend();
+    void layoutContent();
+    void layoutFileContent();
+    void layoutTop();
+
   private:
     std::shared_ptr<ShareViewController> strongSelf();
     // The sheet's views, built once after setup whatever the share type.
     void buildSheet();
+    struct ActionRow {
+        std::shared_ptr<PLSView> container;
+        std::shared_ptr<platform::ImageView> icon;
+        std::shared_ptr<PLSTextView> title;
+        std::shared_ptr<platform::ImageView> arrow;
+    };
+    using HighlightSetter = void (ShareViewController::*)(bool);
+    using Action = void (ShareViewController::*)();
+    std::weak_ptr<ShareViewController> weakSelf();
+    ActionRow makeActionRow(const platform::Rect& frame,
+                            const std::string& iconName,
+                            const std::string& titleKey);
+    void addActionRow(const ActionRow& row);
+    void installRowClosures(const ActionRow& row,
+                            HighlightSetter own,
+                            HighlightSetter other,
+                            Action action);
+    static void applyRowTint(platform::View& container, bool highlighted);
 
     // Records |entry| under the entry key and starts the hand-off; the body of both actions.
     void takeAction(ShareEntry entry, const char* entryText);
@@ -96,4 +179,23 @@ class ShareViewController : public platform::ViewController {
     ShareType m_shareType = ShareTypeUnknown;
     // Set on the main thread by an action, read by the export's last completion.
     std::atomic<ShareEntry> m_shareEntry{ShareEntryNone};
+
+    std::shared_ptr<PLSOutlineButton> cancelBtn_;
+    std::shared_ptr<PLSCustomDivider> bottomDivider_;
+    std::shared_ptr<PLSCustomDivider> midDivider_;
+    std::shared_ptr<PLSCustomDivider> topDivider_;
+    std::shared_ptr<PLSView> favToParleyContainer_;
+    std::shared_ptr<platform::ImageView> favIcon_;
+    std::shared_ptr<PLSTextView> favToParleyText_;
+    std::shared_ptr<platform::ImageView> favArrow_;
+    std::shared_ptr<PLSView> sendToFriendContainer_;
+    std::shared_ptr<platform::ImageView> sendIcon_;
+    std::shared_ptr<PLSTextView> sendToFriendText_;
+    std::shared_ptr<platform::ImageView> sendArrow_;
+    std::shared_ptr<platform::View> contentContainer_;
+    std::shared_ptr<platform::TextField> fileCount_;
+    std::shared_ptr<platform::View> parleyLogoContainer_;
+    std::shared_ptr<platform::ImageView> parleyLogo_;
+    bool sendHighlighted_ = false;
+    bool favHighlighted_ = false;
 };

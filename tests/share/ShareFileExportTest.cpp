@@ -110,6 +110,7 @@ TEST_F(ShareTest, FilesAddedToFavouritesAreCopiedListedInCompletionOrderAndWakeO
                                 line("bundleId[" + kHostId + "]"),
                                 line("teamIdentifier[" + kTeamId + "]"),
                                 readBackLine("public.file-url", "ParleyMacShareType"),
+                                line("layoutContent invoked."),
                                 line("onClickFavToParley invoked."),
                                 line("item.attachments count[3]."),
                                 readBackLine("favToParley", "ParleyMacShareEntry"),

@@ -35,6 +35,7 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
                                 line("bundleId[" + kHostId + "]"),
                                 line("teamIdentifier[" + kTeamId + "]"),
                                 readBackLine("public.url", "ParleyMacShareType"),
+                                line("layoutContent invoked."),
                                 line("onClickFavToParley invoked."),
                                 readBackLine("favToParley", "ParleyMacShareEntry"),
                                 readBackLine(url, "ParleyMacShareUrl"),
