@@ -92,10 +92,10 @@ std::shared_ptr<Bitmap> Bitmap::readPNG(const std::string& path) {
     return fromQImage(image, 1.0);
 }
 
-std::shared_ptr<Bitmap> Bitmap::renderView(View& view, double scale) {
+std::shared_ptr<Bitmap> Bitmap::drawn(Size size, double scale,
+                                      const std::function<void(GraphicsContext&)>& draw) {
     if (!(scale > 0))
         scale = 1.0;
-    Size size = view.frame().size;
     int width = static_cast<int>(std::ceil(std::max(size.width, 0.0) * scale));
     int height = static_cast<int>(std::ceil(std::max(size.height, 0.0) * scale));
     auto bitmap = std::make_shared<Bitmap>(width, height, scale);
@@ -105,12 +105,18 @@ std::shared_ptr<Bitmap> Bitmap::renderView(View& view, double scale) {
     {
         GraphicsContext context(&painter, height / scale, scale);
         GraphicsContext::Current current(&context);
-        // displayInContext expects the superview's coordinates: put the frame's origin at (0, 0).
-        context.translateBy(-view.frame().origin.x, -view.frame().origin.y);
-        view.displayInContext(context);
+        draw(context);
     }
     painter.end();
     return bitmap;
+}
+
+std::shared_ptr<Bitmap> Bitmap::renderView(View& view, double scale) {
+    return drawn(view.frame().size, scale, [&view](GraphicsContext& context) {
+        // displayInContext expects the superview's coordinates: put the frame's origin at (0, 0).
+        context.translateBy(-view.frame().origin.x, -view.frame().origin.y);
+        view.displayInContext(context);
+    });
 }
 
 }  // namespace platform

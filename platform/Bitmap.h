@@ -1,14 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
 class QImage;
 
+#include "platform/Geometry.h"
+
 namespace platform {
 
 class View;
+class GraphicsContext;
 
 // One 8-bit RGBA pixel, not premultiplied.
 struct Rgba {
@@ -37,6 +41,10 @@ class Bitmap {
     // Renders |view| and its subviews offscreen as the window would show them (view background
     // transparent unless the view paints it) at |scale| (1 or 2).
     static std::shared_ptr<Bitmap> renderView(View& view, double scale);
+    // A transparent bitmap |size| points large at |scale| (1 when not positive), with |draw| run
+    // in a current graphics context whose y-up point space covers it.
+    static std::shared_ptr<Bitmap> drawn(Size size, double scale,
+                                         const std::function<void(GraphicsContext&)>& draw);
 
     // Platform internals.
     struct Pixels;

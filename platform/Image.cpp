@@ -173,21 +173,9 @@ void Image::drawInRect(const Rect& rect, double fraction) const {
 }
 
 std::shared_ptr<Bitmap> Image::bitmapAtScale(double scale) const {
-    if (!(scale > 0))
-        scale = 1.0;
-    int width = static_cast<int>(std::ceil(std::max(size_.width, 0.0) * scale));
-    int height = static_cast<int>(std::ceil(std::max(size_.height, 0.0) * scale));
-    auto bitmap = std::make_shared<Bitmap>(width, height, scale);
-    if (width == 0 || height == 0)
-        return bitmap;
-    QPainter painter(&bitmap->qimage());
-    {
-        GraphicsContext context(&painter, height / scale, scale);
-        GraphicsContext::Current current(&context);
+    return Bitmap::drawn(size_, scale, [this](GraphicsContext&) {
         drawInRect(NSMakeRect(0, 0, size_.width, size_.height), 1.0);
-    }
-    painter.end();
-    return bitmap;
+    });
 }
 
 }  // namespace platform
