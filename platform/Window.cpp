@@ -364,7 +364,19 @@ Rect Window::screenFrame() const {
             return NSMakeRect(0, 0, geometry.width(), geometry.height());
         }
     }
+    if (QGuiApplication::instance() && EventLoop::hasDisplay()) {
+        if (QScreen* screen = QGuiApplication::primaryScreen()) {
+            const QRect geometry = screen->geometry();
+            return NSMakeRect(0, 0, geometry.width(), geometry.height());
+        }
+    }
     return NSMakeRect(0, 0, 1920, 1080);
+}
+
+void Window::center() {
+    const Rect screen = screenFrame();
+    frame_.origin = NSMakePoint(std::floor((screen.size.width - frame_.size.width) / 2),
+                                std::floor((screen.size.height - frame_.size.height) / 2));
 }
 
 double Window::backingScaleFactor() const {

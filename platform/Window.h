@@ -56,6 +56,8 @@ class Window : public Responder {
     // Overrides the backing scale (offscreen rendering at 2x); 0 restores the default.
     void setBackingScaleFactor(double scale);
 
+    // Places the window in the middle of its screen, as the platform places a new sheet.
+    void center();
     // Shows the window: on the display when there is one, offscreen otherwise.
     void makeKeyAndOrderFront();
     void close();

@@ -1,5 +1,8 @@
 #include "apps/parley-share/ShareCommandLine.h"
 
+#include <cmath>
+#include <cstdlib>
+
 #include "platform/Url.h"
 
 namespace {
@@ -16,25 +19,42 @@ bool splitInlineValue(const std::string& argument, std::string* name, std::strin
     return true;
 }
 
+std::optional<ShareCommandLine::Action> targetNamed(const std::string& name) {
+    if (name == "send")
+        return ShareCommandLine::Action::SendToFriend;
+    if (name == "fav")
+        return ShareCommandLine::Action::FavToParley;
+    if (name == "cancel")
+        return ShareCommandLine::Action::Cancel;
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string ShareCommandLine::usage() {
-    return "Usage: parley-share [--bundle PATH] --action send|fav|cancel (--url URL | FILE...)\n"
+    return "Usage: parley-share [OPTIONS] (--url URL | FILE...)\n"
            "       parley-share --help\n"
            "\n"
-           "Shares one link or one or more files with Parley, the way the Share menu would.\n"
+           "Shares one link or one or more files with Parley, the way the Share menu would:\n"
+           "shows the share sheet and waits for a click on a row or on Cancel. Without a\n"
+           "display, give --action or --snapshot.\n"
            "\n"
-           "  --action send     send to a friend\n"
-           "  --action fav      add to Parley's favourites\n"
-           "  --action cancel   cancel the request (nothing is handed over)\n"
-           "  --url URL         share a web link (an absolute URL with a scheme)\n"
-           "  FILE...           share files or folders (use -- before names starting with -)\n"
-           "  --bundle PATH     run as the extension bundle at PATH instead of the one\n"
-           "                    that holds this executable\n"
-           "  --help            show this text\n"
+           "  --url URL          share a web link (an absolute URL with a scheme)\n"
+           "  FILE...            share files or folders (use -- before names starting with -)\n"
+           "  --action TARGET    click TARGET instead of waiting for the person:\n"
+           "                       send    the send-to-friend row\n"
+           "                       fav     the add-to-favourites row\n"
+           "                       cancel  the Cancel button (nothing is handed over)\n"
+           "  --press TARGET     press the mouse on TARGET (without releasing it) first\n"
+           "  --snapshot PATH    write the sheet as shown, after --press, as a PNG picture\n"
+           "  --scale S          pixels per point of the snapshot (default 1, at most 8)\n"
+           "  --bundle PATH      run as the extension bundle at PATH instead of the one\n"
+           "                     that holds this executable\n"
+           "  --help             show this text\n"
            "\n"
-           "Exit status: 0 when the request completed, 2 when it was cancelled, 64 on bad\n"
-           "arguments.\n";
+           "Exit status: 0 when the request completed (or, with only --snapshot, when the\n"
+           "picture was written), 2 when it was cancelled, 1 when it failed, 64 on bad\n"
+           "arguments, 73 when the snapshot could not be written.\n";
 }
 
 ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& arguments) {
@@ -45,6 +65,7 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
     };
 
     bool optionsEnded = false;
+    bool scaleGiven = false;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (optionsEnded || argument.empty() || argument[0] != '-' || argument == "-") {
@@ -69,21 +90,35 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
 
         if (name == "--help" || name == "-h") {
             line.help_ = true;
-        } else if (name == "--action") {
-            const std::optional<std::string> action = takeValue();
-            if (!action)
+        } else if (name == "--action" || name == "--press") {
+            const std::optional<std::string> value = takeValue();
+            if (!value)
                 continue;
-            if (line.action_ != Action::None)
-                fail("--action given twice");
-            if (*action == "send") {
-                line.action_ = Action::SendToFriend;
-            } else if (*action == "fav") {
-                line.action_ = Action::FavToParley;
-            } else if (*action == "cancel") {
-                line.action_ = Action::Cancel;
-            } else {
-                fail("unknown action \"" + *action + "\" (send, fav or cancel)");
-            }
+            Action& target = name == "--action" ? line.action_ : line.press_;
+            if (target != Action::None)
+                fail(name + " given twice");
+            if (const std::optional<Action> named = targetNamed(*value))
+                target = *named;
+            else
+                fail("unknown target \"" + *value + "\" for " + name + " (send, fav or cancel)");
+        } else if (name == "--snapshot") {
+            const std::optional<std::string> path = takeValue();
+            if (!path)
+                continue;
+            if (path->empty())
+                fail("--snapshot needs a file name");
+            line.snapshotPath_ = *path;
+        } else if (name == "--scale") {
+            const std::optional<std::string> value = takeValue();
+            if (!value)
+                continue;
+            char* end = nullptr;
+            const double scale = std::strtod(value->c_str(), &end);
+            if (value->empty() || *end != '\0' || !std::isfinite(scale) || scale <= 0 ||
+                scale > kMaxScale)
+                fail("--scale takes a number above 0 and at most 8, not \"" + *value + "\"");
+            line.scale_ = scale;
+            scaleGiven = true;
         } else if (name == "--url") {
             const std::optional<std::string> url = takeValue();
             if (!url)
@@ -110,7 +145,7 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
         fail("share either --url or files, not both");
     if (!line.url_ && line.files_.empty())
         fail("nothing to share: give --url URL or files");
-    if (line.action_ == Action::None)
-        fail("no --action given (send, fav or cancel)");
+    if (scaleGiven && !line.snapshotPath_)
+        fail("--scale applies only to --snapshot");
     return line;
 }

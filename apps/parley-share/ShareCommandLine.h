@@ -5,9 +5,11 @@
 #include <vector>
 
 // The command line of parley-share:
-//   parley-share [--bundle PATH] --action send|fav|cancel (--url URL | FILE...)
+//   parley-share [--bundle PATH] [--press TARGET] [--snapshot PATH.png [--scale S]]
+//                [--action TARGET] (--url URL | FILE...)
 //   parley-share --help
-// Parsing only checks the form; files need not exist (the extension copes with missing ones).
+// TARGET is send, fav or cancel. Parsing only checks the form; files need not exist (the
+// extension copes with missing ones).
 class ShareCommandLine {
   public:
     enum class Action { None, SendToFriend, FavToParley, Cancel };
@@ -15,13 +17,21 @@ class ShareCommandLine {
     // |arguments| excludes the program name.
     static ShareCommandLine parse(const std::vector<std::string>& arguments);
     static std::string usage();
+    // The largest --scale accepted: a 376 x 370 sheet at 8x is already 24 MB of pixels.
+    static constexpr double kMaxScale = 8.0;
 
     // False when the arguments are unusable; error() then says why.
     bool isValid() const { return error_.empty(); }
     const std::string& error() const { return error_; }
 
     bool help() const { return help_; }
+    // Clicked (mouse-down and mouse-up) once the sheet is loaded; None waits for the person.
     Action action() const { return action_; }
+    // Pressed (mouse-down only) before the snapshot and the action.
+    Action press() const { return press_; }
+    // Where to write the sheet as shown, as PNG, and at how many pixels per point.
+    const std::optional<std::string>& snapshotPath() const { return snapshotPath_; }
+    double scale() const { return scale_; }
     const std::optional<std::string>& url() const { return url_; }
     const std::vector<std::string>& files() const { return files_; }
     // The extension bundle to run as, instead of the one holding the executable.
@@ -30,6 +40,9 @@ class ShareCommandLine {
   private:
     bool help_ = false;
     Action action_ = Action::None;
+    Action press_ = Action::None;
+    std::optional<std::string> snapshotPath_;
+    double scale_ = 1.0;
     std::optional<std::string> url_;
     std::vector<std::string> files_;
     std::optional<std::string> bundlePath_;

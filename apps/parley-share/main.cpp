@@ -1,6 +1,7 @@
 // parley-share: runs the share extension for one request, the way the Share menu would: it
-// loads the extension's bundle, hands the controller one item (a link or files), takes the
-// action and waits until every load, store write and wake-up of the hand-off has run.
+// loads the extension's bundle, hands the controller one item (a link or files), shows the sheet
+// in a window (or drives it with --press/--snapshot/--action), and waits until every load,
+// store write and wake-up of the hand-off has run.
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -10,12 +11,16 @@
 #include <vector>
 
 #include "apps/parley-share/ShareCommandLine.h"
+#include "apps/parley-share/SheetPointer.h"
+#include "platform/Bitmap.h"
 #include "platform/Bundle.h"
 #include "platform/EventLoop.h"
 #include "platform/ExtensionContext.h"
 #include "platform/ExtensionItem.h"
 #include "platform/ItemProvider.h"
 #include "platform/Url.h"
+#include "platform/View.h"
+#include "platform/Window.h"
 #include "share/ShareViewController.h"
 
 namespace {
@@ -24,10 +29,13 @@ constexpr int kExitCompleted = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitCancelled = 2;
 constexpr int kExitUsage = 64;
+constexpr int kExitCantCreate = 73;
 constexpr int kExitConfig = 78;
 
 // Large copies may take long; a hand-off that is still running after this is given up.
 constexpr std::chrono::minutes kHandoffTimeout{10};
+// The person may take their time; the wait for a click is checked in slices of this.
+constexpr std::chrono::hours kPersonWaitSlice{1};
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -88,33 +96,67 @@ int main(int argc, char** argv) {
     }
     platform::Bundle::setMainBundle(bundle);
 
+    const bool waitsForPerson =
+        line.action() == ShareCommandLine::Action::None && !line.snapshotPath();
+    if (waitsForPerson && !platform::EventLoop::hasDisplay()) {
+        std::fprintf(stderr,
+                     "parley-share: no display to show the sheet on; give --action or "
+                     "--snapshot\n");
+        return kExitUsage;
+    }
+
     auto context = std::make_shared<platform::ExtensionContext>(
         std::vector<std::shared_ptr<platform::ExtensionItem>>{makeItem(line)});
-    {
-        // The hand-off's closures hold the controller until the last of them has run.
-        auto controller = std::make_shared<ShareViewController>();
-        controller->setExtensionContext(context);
-        controller->view();
-        switch (line.action()) {
-            case ShareCommandLine::Action::SendToFriend:
-                controller->onClickSendToFriend();
-                break;
-            case ShareCommandLine::Action::FavToParley:
-                controller->onClickFavToParley();
-                break;
-            case ShareCommandLine::Action::Cancel:
-                controller->cancel();
-                break;
-            case ShareCommandLine::Action::None:
-                break;
+    // The hand-off's closures hold the controller until the last of them has run.
+    auto controller = std::make_shared<ShareViewController>();
+    controller->setExtensionContext(context);
+    const std::shared_ptr<platform::View>& sheet = controller->view();
+    platform::Window window(
+        platform::NSMakeRect(0, 0, sheet->frame().size.width, sheet->frame().size.height),
+        "Parley");
+    window.center();
+    window.setContentView(sheet);
+    SheetPointer pointer(*controller, window);
+
+    if (line.press() != ShareCommandLine::Action::None && !pointer.press(line.press()))
+        std::fprintf(stderr, "parley-share: the sheet has nothing to press there\n");
+    if (line.snapshotPath()) {
+        const auto picture = window.snapshot(line.scale());
+        if (!picture || !picture->writePNG(*line.snapshotPath())) {
+            std::fprintf(stderr, "parley-share: cannot write the snapshot to %s\n",
+                         line.snapshotPath()->c_str());
+            return kExitCantCreate;
         }
     }
+
+    if (line.action() != ShareCommandLine::Action::None) {
+        if (!pointer.click(line.action()))
+            std::fprintf(stderr, "parley-share: the sheet has nothing to click there\n");
+    } else if (waitsForPerson) {
+        window.makeKeyAndOrderFront();
+        while (context->state() == platform::ExtensionContext::State::Pending && window.isVisible())
+            platform::EventLoop::runUntil(
+                [&] {
+                    return context->state() != platform::ExtensionContext::State::Pending ||
+                           !window.isVisible();
+                },
+                kPersonWaitSlice);
+        // Closing the sheet's window is the person's way of saying no.
+        if (context->state() == platform::ExtensionContext::State::Pending)
+            controller->cancel();
+    } else {
+        // Only a picture was asked for: the request stays unanswered and nothing is handed over.
+        return kExitCompleted;
+    }
+    controller.reset();
 
     if (!platform::EventLoop::runUntilIdle(kHandoffTimeout)) {
         std::fprintf(stderr, "parley-share: the hand-off did not end within %lld minutes\n",
                      static_cast<long long>(kHandoffTimeout.count()));
         return kExitFailed;
     }
+    // The request has ended: the platform takes the sheet away.
+    window.close();
     switch (context->state()) {
         case platform::ExtensionContext::State::Completed:
             return kExitCompleted;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/Bitmap.h"
 #include "platform/RunningApplication.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
@@ -139,17 +140,58 @@ TEST_F(ShareProgramsTest, StoppedHostIsLaunchedAndReadsTheRecordAtStart) {
 
 TEST_F(ShareProgramsTest, BadArgumentsExitWithUsage) {
     const std::string file = files_.writeText("x.txt", "x");
-    for (const std::string& arguments :
-         std::vector<std::string>{"--action fav", "--action fav --bogus " + quoted(file),
-                                  "--action fav --url https://example.org/ " + quoted(file),
-                                  "--action maybe " + quoted(file), "--action fav --url not-a-url",
-                                  quoted(file), std::string("--action"), std::string("")}) {
+    for (const std::string& arguments : std::vector<std::string>{
+             "--action fav", "--action fav --bogus " + quoted(file),
+             "--action fav --url https://example.org/ " + quoted(file),
+             "--action maybe " + quoted(file), "--action fav --url not-a-url",
+             "--press maybe " + quoted(file), "--action fav --scale 2 " + quoted(file),
+             "--snapshot x.png --scale 0 " + quoted(file),
+             "--snapshot x.png --scale 2x " + quoted(file), std::string("--action"),
+             std::string("")}) {
         EXPECT_EQ(share(arguments), 64) << arguments;
         EXPECT_NE(readAll(shareErrors()).find("Usage: parley-share"), std::string::npos);
     }
     EXPECT_EQ(run(quoted(kShareProgram) + " --help >" + quoted(files_.file("help"))), 0);
     EXPECT_NE(readAll(files_.file("help")).find("--action"), std::string::npos);
     EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+}
+
+// Offscreen, nobody can click: the sheet is not left waiting.
+TEST_F(ShareProgramsTest, WithoutDisplayOrActionItRefusesToWait) {
+    EXPECT_EQ(share(quoted(files_.writeText("x.txt", "x"))), 64);
+    EXPECT_NE(readAll(shareErrors()).find("no display"), std::string::npos);
+    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+}
+
+// The picture is the sheet as shown after the press, at the asked scale; nothing is handed over.
+TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
+    const std::string rowPicture = files_.file("row.png");
+    EXPECT_EQ(share("--press fav --snapshot " + quoted(rowPicture) +
+                    " --scale 2 --url https://example.org/"),
+              0);
+    auto row = platform::Bitmap::readPNG(rowPicture);
+    ASSERT_TRUE(row);
+    EXPECT_EQ(row->pixelWidth(), 752);
+    EXPECT_EQ(row->pixelHeight(), 740);
+    // Between title and arrow: the favourites row tinted, the send-to-friend row not.
+    EXPECT_EQ(row->pixelAt(501, 539), (platform::Rgba{222, 222, 222, 255}));
+    EXPECT_EQ(row->pixelAt(501, 439), (platform::Rgba{0xF7, 0xF7, 0xF7, 255}));
+    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
+
+    const std::string cancelPicture = files_.file("cancel.png");
+    EXPECT_EQ(share("--press cancel --snapshot " + quoted(cancelPicture) + " " +
+                    quoted(files_.writeText("y.txt", "y"))),
+              0);
+    auto cancel = platform::Bitmap::readPNG(cancelPicture);
+    ASSERT_TRUE(cancel);
+    EXPECT_EQ(cancel->pixelWidth(), 376);
+    EXPECT_EQ(cancel->pixelAt(280, 329), (platform::Rgba{222, 222, 222, 255}));
+    EXPECT_FALSE(fs::exists(containerPath() + "/y.txt"));
+
+    EXPECT_EQ(share("--snapshot " + quoted(files_.file("no-such-dir/sheet.png")) +
+                    " --url https://example.org/"),
+              73);
+    EXPECT_NE(readAll(shareErrors()).find("cannot write the snapshot"), std::string::npos);
 }
 
 TEST_F(ShareProgramsTest, CancelExitsTwoAndHandsNothingOver) {

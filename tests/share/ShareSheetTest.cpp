@@ -58,15 +58,5 @@ TEST_F(ShareTest, SheetPaintsItsBackgroundLinesAndCancelButton) {
     }
 }
 
-TEST_F(ShareTest, PressingOneRowThenTheOtherMovesTheTint) {
-    auto controller = startShare({linkProvider("https://example.org/")});
-    controller->setFavHighlighted(true);
-    controller->setSendHighlighted(false);
-    auto bitmap = Bitmap::renderView(*controller->view(), 1.0);
-    // 10 % black over #F7F7F7 on the tinted row; the other stays the sheet's grey.
-    EXPECT_TRUE(near(bitmap->pixelAtPoint(250.5, 100.5), 222, 222, 222));
-    EXPECT_TRUE(near(bitmap->pixelAtPoint(250.5, 150.5), 0xF7, 0xF7, 0xF7));
-}
-
 }  // namespace
 }  // namespace share_test
