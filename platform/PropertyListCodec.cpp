@@ -4,11 +4,14 @@
 #include <plist/plist.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <QString>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+
+#include "platform/Log.h"
 
 namespace platform {
 
@@ -22,6 +25,19 @@ std::mutex& codecMutex() {
 
 // Larger files are not hand-off records or string tables; refusing them bounds memory use.
 constexpr off_t kMaxFileBytes = 16 * 1024 * 1024;
+
+// Property-list strings are Unicode; libplist cuts a string at its first byte that is not UTF-8
+// (a file name in another encoding, say). Such a string is kept whole instead, each stray byte
+// becoming U+FFFD.
+plist_t newString(const std::string& text) {
+    const QByteArray bytes = QByteArray::fromRawData(text.data(), static_cast<int>(text.size()));
+    const QByteArray valid = QString::fromUtf8(bytes).toUtf8();
+    if (valid == bytes)
+        return plist_new_string(text.c_str());
+    Log::write("PropertyList: text that is not UTF-8 is stored with U+FFFD for its stray bytes [" +
+               valid.toStdString() + "].");
+    return plist_new_string(valid.constData());
+}
 
 std::optional<std::string> stringOf(plist_t node) {
     if (!node || plist_get_node_type(node) != PLIST_STRING)
@@ -105,11 +121,11 @@ void PropertyListCodec::Dictionary::set(const std::string& key, const PropertyVa
     std::lock_guard<std::mutex> lock(codecMutex());
     plist_t node;
     if (const auto* text = std::get_if<std::string>(&value)) {
-        node = plist_new_string(text->c_str());
+        node = newString(*text);
     } else {
         node = plist_new_array();
         for (const auto& item : std::get<StringArray>(value))
-            plist_array_append_item(node, plist_new_string(item.c_str()));
+            plist_array_append_item(node, newString(item));
     }
     plist_dict_set_item(static_cast<plist_t>(root_), key.c_str(), node);
 }

@@ -265,8 +265,7 @@ TEST_F(ShareTest, OddFilesAreAccountedForAndNeverHang) {
 
 // A name that is not UTF-8 is copied byte for byte. The store holds text: its path is listed
 // whole, either as the bytes themselves or with each stray byte as U+FFFD, never cut short.
-// Disabled until the store keeps names that are not UTF-8 whole (it cuts them at the first bad byte).
-TEST_F(ShareTest, DISABLED_NameThatIsNotUtf8IsCopiedAndListedWhole) {
+TEST_F(ShareTest, NameThatIsNotUtf8IsCopiedAndListedWhole) {
     const std::string file = files_.writeText("caf\xe9-\xff.txt", "latin1");
     auto controller = startShare({fileProvider(file)});
     controller->onClickFavToParley();
