@@ -9,7 +9,7 @@ packages=(
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin
   fonts-dejavu-core
-  xvfb xauth
+  xvfb xauth xdotool
 )
 
 missing=()

@@ -194,6 +194,36 @@ TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
     EXPECT_NE(readAll(shareErrors()).find("cannot write the snapshot"), std::string::npos);
 }
 
+// On a display the sheet waits for the person. Real clicks through an X server: on the
+// favourites title the link goes to the running host; on Cancel nothing is handed over.
+TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
+    if (run("sh -c 'command -v xvfb-run && command -v xdotool' >/dev/null") != 0)
+        GTEST_SKIP() << "needs xvfb-run and xdotool";
+    // |x| and |y| from the window's top-left corner, as X counts.
+    auto clickSheet = [&](const std::string& shareArguments, int x, int y) {
+        // A click that misses leaves the sheet waiting: bounded here.
+        const std::string script =
+            "timeout 60 " + quoted(kShareProgram) + " " + shareArguments + " 2>" +
+            quoted(shareErrors()) +
+            " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
+            "head -n 1); xdotool mousemove --window \"$w\" " +
+            std::to_string(x) + " " + std::to_string(y) + " click 1; wait $p";
+        return run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " >/dev/null");
+    };
+
+    startHost("--exit-after 1");
+    EXPECT_EQ(clickSheet("--url https://example.org/clicked", 57 + 75, 370 - (79 + 18 + 7)), 0)
+        << readAll(shareErrors());
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
+    EXPECT_EQ(readLines(records())[1],
+              "{\"event\":\"notification\",\"type\":\"public.url\",\"entry\":\"favToParley\","
+              "\"url\":\"https://example.org/clicked\"}");
+
+    EXPECT_EQ(clickSheet(quoted(files_.writeText("kept.txt", "k")), 276 + 35, 370 - (28 + 11)), 2)
+        << readAll(shareErrors());
+    EXPECT_FALSE(fs::exists(containerPath() + "/kept.txt"));
+}
+
 TEST_F(ShareProgramsTest, CancelExitsTwoAndHandsNothingOver) {
     EXPECT_EQ(share("--action cancel --url https://example.org/"), 2);
     EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
