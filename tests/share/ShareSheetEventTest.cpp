@@ -1,7 +1,5 @@
 // The sheet in a window, driven by mouse and key events as a person would drive it: which row
 // is tinted after each event, and when an action or the cancellation runs.
-#include <cstdlib>
-
 #include "platform/Bitmap.h"
 #include "platform/Event.h"
 #include "platform/Window.h"
@@ -16,15 +14,10 @@ using platform::EventType;
 using platform::NSMakePoint;
 using platform::NSMakeRect;
 using platform::Point;
-using platform::Rgba;
 using platform::View;
 
-bool near(const Rgba& pixel, int r, int g, int b, int tolerance = 2) {
-    return std::abs(pixel.r - r) <= tolerance && std::abs(pixel.g - g) <= tolerance &&
-           std::abs(pixel.b - b) <= tolerance && pixel.a == 255;
-}
-bool grey(const Rgba& pixel, int level) {
-    return near(pixel, level, level, level);
+bool grey(const platform::Rgba& pixel, int level) {
+    return nearRgb(pixel, level, level, level);
 }
 
 // The sheet's grey, 10 % black over it (a tinted row or pressed Cancel), a line's grey, and 10 %
@@ -174,7 +167,7 @@ TEST_F(SheetEventTest, PressedCancelIsTintedAndAReleaseOffItCancels) {
     down(cancel);
     auto pressed = shown();
     EXPECT_TRUE(grey(pressed->pixelAtPoint(280.5, 40.5), kTinted));
-    EXPECT_TRUE(near(pressed->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
+    EXPECT_TRUE(nearRgb(pressed->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
     EXPECT_TRUE(nothingHappened());
 
     up(kOffTheRows);

@@ -1,5 +1,3 @@
-#include <cstdlib>
-
 #include "platform/Bitmap.h"
 #include "tests/share/ShareTestSupport.h"
 
@@ -8,12 +6,6 @@ namespace {
 
 using platform::Bitmap;
 using platform::NSMakeRect;
-using platform::Rgba;
-
-bool near(const Rgba& pixel, int r, int g, int b, int tolerance = 2) {
-    return std::abs(pixel.r - r) <= tolerance && std::abs(pixel.g - g) <= tolerance &&
-           std::abs(pixel.b - b) <= tolerance && pixel.a == 255;
-}
 
 TEST_F(ShareTest, SheetFramesAreTheSameForALinkAndForFiles) {
     const std::string file = files_.writeText("notes.txt", "hello");
@@ -46,15 +38,15 @@ TEST_F(ShareTest, SheetPaintsItsBackgroundLinesAndCancelButton) {
         auto bitmap = Bitmap::renderView(*controller->view(), scale);
         if (getenv("PARLEY_SHEET_PNG"))
             bitmap->writePNG(getenv("PARLEY_SHEET_PNG"));
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(3.5, 3.5), 0xF7, 0xF7, 0xF7));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(3.5, 3.5), 0xF7, 0xF7, 0xF7));
         // 10 % black over the dividers' #e2e2e2 layer.
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(100.5, 79.5), 204, 204, 204));
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(10.5, 179.5), 204, 204, 204));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(100.5, 79.5), 204, 204, 204));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(10.5, 179.5), 204, 204, 204));
         // The inset lines stop 30 points from the edges.
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(10.5, 79.5), 0xF7, 0xF7, 0xF7));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(10.5, 79.5), 0xF7, 0xF7, 0xF7));
         // Cancel: white body inside a #b2b2b2 border.
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(280.5, 40.5), 255, 255, 255));
-        EXPECT_TRUE(near(bitmap->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(280.5, 40.5), 255, 255, 255));
+        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
     }
 }
 

@@ -205,4 +205,9 @@ int ShareTest::launchCount() const {
     return count;
 }
 
+bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance) {
+    return std::abs(pixel.r - r) <= tolerance && std::abs(pixel.g - g) <= tolerance &&
+           std::abs(pixel.b - b) <= tolerance && pixel.a == 255;
+}
+
 }  // namespace share_test

@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/Bitmap.h"
 #include "platform/Bundle.h"
 #include "platform/DefaultsSuite.h"
 #include "platform/DistributedNotificationCenter.h"
@@ -140,6 +141,9 @@ class ShareTest : public ::testing::Test {
     testing_support::TempDir files_;
     std::unique_ptr<platform::LogCapture> log_;
 };
+
+// An opaque pixel within |tolerance| of (r, g, b) in each channel.
+bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance = 2);
 
 // The log line of a store read-back.
 std::string readBackLine(const std::string& value, const std::string& key);
