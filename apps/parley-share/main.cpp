@@ -110,7 +110,7 @@ int main(int argc, char** argv) {
     // The hand-off's closures hold the controller until the last of them has run.
     auto controller = std::make_shared<ShareViewController>();
     controller->setExtensionContext(context);
-    const std::shared_ptr<platform::View>& sheet = controller->view();
+    const std::shared_ptr<platform::View> sheet = controller->view();
     platform::Window window(
         platform::NSMakeRect(0, 0, sheet->frame().size.width, sheet->frame().size.height),
         "Parley");
@@ -149,14 +149,14 @@ int main(int argc, char** argv) {
         return kExitCompleted;
     }
     controller.reset();
+    // The request has ended: the sheet goes away while the hand-off finishes.
+    window.close();
 
     if (!platform::EventLoop::runUntilIdle(kHandoffTimeout)) {
         std::fprintf(stderr, "parley-share: the hand-off did not end within %lld minutes\n",
                      static_cast<long long>(kHandoffTimeout.count()));
         return kExitFailed;
     }
-    // The request has ended: the platform takes the sheet away.
-    window.close();
     switch (context->state()) {
         case platform::ExtensionContext::State::Completed:
             return kExitCompleted;
