@@ -121,6 +121,15 @@ TEST_F(SheetEventTest, ContainerReleaseInsideItClicksTheRow) {
     EXPECT_EQ(countLine("[ShareViewController]: onClickSendToFriend invoked."), 1u);
 }
 
+// The icon and the arrow have no handlers of their own: a click on them is a click on the row.
+TEST_F(SheetEventTest, ClickOnARowsArrowClicksTheRow) {
+    const Point arrow = middleOf(*controller_->favArrow());
+    down(arrow);
+    EXPECT_TRUE(controller_->favHighlighted());
+    up(arrow);
+    EXPECT_EQ(controller_->shareEntry(), ShareEntryFavToParley);
+}
+
 TEST_F(SheetEventTest, DoubleClickReleaseCountsOnTheTitleButNotOnTheContainer) {
     down(kFavRowGap, 2);
     up(kFavRowGap, 2);
