@@ -5,7 +5,7 @@
 #include "platform/Bundle.h"
 #include "platform/Log.h"
 #include "platform/PropertyListCodec.h"
-#include "tests/platform/ScopedEnv.h"
+#include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
 using platform::Bundle;

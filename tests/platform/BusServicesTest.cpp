@@ -16,7 +16,7 @@
 #include "platform/MainQueue.h"
 #include "platform/RunningApplication.h"
 #include "platform/WorkerPool.h"
-#include "tests/platform/ScopedEnv.h"
+#include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
 using platform::DistributedNotificationCenter;

@@ -8,7 +8,7 @@
 #include "platform/EventLoop.h"
 #include "platform/Log.h"
 #include "platform/Workspace.h"
-#include "tests/platform/ScopedEnv.h"
+#include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
 using platform::Workspace;
