@@ -6,8 +6,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <thread>
 
+#include "platform/Log.h"
 #include "platform/MainQueue.h"
 
 namespace platform {
@@ -30,9 +32,21 @@ bool environmentHasDisplay() {
 }  // namespace
 
 EventLoop::EventLoop(int& argc, char** argv) {
-    if (!environmentHasDisplay() && !std::getenv("QT_QPA_PLATFORM"))
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (!std::getenv("QT_QPA_PLATFORM")) {
+        // A display named in the environment may be gone (a stale DISPLAY, a closed session);
+        // Qt aborts when its only platform cannot connect, so offscreen is always the fallback.
+        std::string platforms;
+        if (const char* wayland = std::getenv("WAYLAND_DISPLAY"); wayland && *wayland)
+            platforms += "wayland;";
+        if (const char* x11 = std::getenv("DISPLAY"); x11 && *x11)
+            platforms += "xcb;";
+        setenv("QT_QPA_PLATFORM", (platforms + "offscreen").c_str(), 1);
+    }
     application = new QGuiApplication(argc, argv);
+    if (environmentHasDisplay() && !hasDisplay())
+        Log::write(
+            "EventLoop: the display named in the environment cannot be opened; running "
+            "offscreen.");
     MainQueue::attachToEventLoop();
 }
 

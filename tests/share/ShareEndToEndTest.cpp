@@ -163,6 +163,17 @@ TEST_F(ShareProgramsTest, WithoutDisplayOrActionItRefusesToWait) {
     EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
 }
 
+// A display that the environment names but that cannot be opened is no display: the share runs
+// offscreen instead of aborting.
+TEST_F(ShareProgramsTest, StaleDisplayRunsOffscreen) {
+    const std::string stale = "-u QT_QPA_PLATFORM -u WAYLAND_DISPLAY DISPLAY=:9876";
+    EXPECT_EQ(share("--action cancel --url https://example.org/", stale), 2)
+        << readAll(shareErrors());
+    EXPECT_NE(readAll(shareErrors()).find("cannot be opened; running offscreen"),
+              std::string::npos);
+    EXPECT_EQ(share("--url https://example.org/", stale), 64);
+}
+
 // The picture is the sheet as shown after the press, at the asked scale; nothing is handed over.
 TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
     const std::string rowPicture = files_.file("row.png");
