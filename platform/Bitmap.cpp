@@ -1,5 +1,7 @@
 #include "platform/Bitmap.h"
 
+#include <QBuffer>
+#include <QFile>
 #include <QImage>
 #include <QImageWriter>
 #include <QPainter>
@@ -75,9 +77,23 @@ Rgba Bitmap::pixelAtPoint(double x, double y) const {
 }
 
 bool Bitmap::writePNG(const std::string& path) const {
-    QImageWriter writer(QString::fromStdString(path), "png");
+    // Encoded in memory first: QImageWriter does not report a write that fails when its file is
+    // flushed (a full disk), and a file is written only when the whole picture is ready.
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "png");
     if (!writer.write(pixels_->image)) {
-        Log::write("Bitmap: cannot write " + path + ": " + writer.errorString().toStdString());
+        Log::write("Bitmap: cannot encode " + path + ": " + writer.errorString().toStdString());
+        return false;
+    }
+    QFile file(QString::fromStdString(path));
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+                         file.write(encoded) == encoded.size() && file.flush();
+    if (written)
+        file.close();
+    if (!written || file.error() != QFileDevice::NoError) {
+        Log::write("Bitmap: cannot write " + path + ": " + file.errorString().toStdString());
         return false;
     }
     return true;
@@ -92,7 +108,8 @@ std::shared_ptr<Bitmap> Bitmap::readPNG(const std::string& path) {
     return fromQImage(image, 1.0);
 }
 
-std::shared_ptr<Bitmap> Bitmap::drawn(Size size, double scale,
+std::shared_ptr<Bitmap> Bitmap::drawn(Size size,
+                                      double scale,
                                       const std::function<void(GraphicsContext&)>& draw) {
     if (!(scale > 0))
         scale = 1.0;

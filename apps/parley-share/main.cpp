@@ -88,10 +88,15 @@ int main(int argc, char** argv) {
     std::shared_ptr<platform::Bundle> bundle =
         line.bundlePath() ? std::make_shared<platform::Bundle>(*line.bundlePath())
                           : platform::Bundle::bundleContainingExecutable(ownExecutablePath());
-    if (!bundle) {
-        std::fprintf(stderr,
-                     "parley-share: not inside an extension bundle (%s); use --bundle PATH\n",
-                     ownExecutablePath().c_str());
+    if (!bundle || bundle->bundleIdentifier().empty()) {
+        // Without its identifier the extension cannot tell which host and store are its own.
+        if (line.bundlePath())
+            std::fprintf(stderr, "parley-share: no extension bundle with an identifier at %s\n",
+                         line.bundlePath()->c_str());
+        else
+            std::fprintf(stderr,
+                         "parley-share: not inside an extension bundle (%s); use --bundle PATH\n",
+                         ownExecutablePath().c_str());
         return kExitConfig;
     }
     platform::Bundle::setMainBundle(bundle);

@@ -199,10 +199,19 @@ TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
     EXPECT_EQ(cancel->pixelAt(280, 329), (platform::Rgba{222, 222, 222, 255}));
     EXPECT_FALSE(fs::exists(containerPath() + "/y.txt"));
 
-    EXPECT_EQ(share("--snapshot " + quoted(files_.file("no-such-dir/sheet.png")) +
-                    " --url https://example.org/"),
-              73);
-    EXPECT_NE(readAll(shareErrors()).find("cannot write the snapshot"), std::string::npos);
+    // A missing folder, and a disk that fills up while the picture is written.
+    for (const std::string& path :
+         {files_.file("no-such-dir/sheet.png"), std::string("/dev/full")}) {
+        EXPECT_EQ(share("--snapshot " + quoted(path) + " --url https://example.org/"), 73) << path;
+        EXPECT_NE(readAll(shareErrors()).find("cannot write the snapshot"), std::string::npos);
+    }
+}
+
+TEST_F(ShareProgramsTest, BundleWithoutIdentifierIsRefused) {
+    EXPECT_EQ(share("--bundle " + quoted(files_.file("no-bundle")) +
+                    " --action send --url https://example.org/"),
+              78);
+    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
 }
 
 // On a display the sheet waits for the person. Real clicks through an X server: on the
