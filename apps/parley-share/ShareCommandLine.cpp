@@ -54,7 +54,8 @@ std::string ShareCommandLine::usage() {
            "\n"
            "Exit status: 0 when the request completed (or, with only --snapshot, when the\n"
            "picture was written), 2 when it was cancelled, 1 when it failed, 64 on bad\n"
-           "arguments, 73 when the snapshot could not be written.\n";
+           "arguments, 73 when the snapshot could not be written, 78 when the extension\n"
+           "bundle has no identifier.\n";
 }
 
 ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& arguments) {
