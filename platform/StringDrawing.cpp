@@ -1,10 +1,15 @@
 #include "platform/StringDrawing.h"
 
+#include <QCoreApplication>
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QTextLayout>
+#include <QThread>
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "platform/GraphicsContext.h"
 
@@ -58,15 +63,14 @@ struct LaidOutText {
     double height() const { return lineCount() * lineHeight; }
 };
 
-LaidOutText layOut(const QString& text,
-                   const Font& font,
-                   double width,
-                   Wrap wrap,
-                   bool withLeading,
-                   int alignment = 0,
-                   double boxWidth = 0) {
+LaidOutText layOutAfresh(const QString& text,
+                         const QFont& qfont,
+                         double width,
+                         Wrap wrap,
+                         bool withLeading,
+                         int alignment,
+                         double boxWidth) {
     LaidOutText result;
-    QFont qfont = font.qfont();
     result.lineHeight = lineHeightOf(QFontMetricsF(qfont, Font::layoutDevice()), withLeading);
     result.layout = std::make_unique<QTextLayout>(text, qfont, Font::layoutDevice());
     QTextOption option;
@@ -93,6 +97,86 @@ LaidOutText layOut(const QString& text,
     }
     result.layout->endLayout();
     return result;
+}
+
+// Views draw the same text again at every repaint; shaping it is the costly part, so recent
+// layouts are kept. Main thread only (where views draw): other threads lay out afresh.
+struct LayoutKey {
+    QString text;
+    QString font;
+    double width;
+    Wrap wrap;
+    bool withLeading;
+    int alignment;
+    double boxWidth;
+
+    bool operator==(const LayoutKey& o) const {
+        return width == o.width && wrap == o.wrap && withLeading == o.withLeading &&
+               alignment == o.alignment && boxWidth == o.boxWidth && text == o.text &&
+               font == o.font;
+    }
+};
+
+class LayoutCache {
+  public:
+    static constexpr size_t kCapacity = 64;
+
+    std::shared_ptr<const LaidOutText> find(const LayoutKey& key) {
+        for (auto it = entries_.begin(); it != entries_.end(); ++it) {
+            if (it->first == key) {
+                // Most recently used first.
+                std::rotate(entries_.begin(), it, it + 1);
+                return entries_.front().second;
+            }
+        }
+        return nullptr;
+    }
+    void insert(LayoutKey key, std::shared_ptr<const LaidOutText> layout) {
+        if (entries_.size() == kCapacity)
+            entries_.pop_back();
+        entries_.insert(entries_.begin(), {std::move(key), std::move(layout)});
+    }
+    // Layouts hold font engines: they must go before the application and its fonts do.
+    void clear() { entries_.clear(); }
+
+  private:
+    std::vector<std::pair<LayoutKey, std::shared_ptr<const LaidOutText>>> entries_;
+};
+
+LayoutCache* mainThreadLayoutCache() {
+    static LayoutCache* cache = nullptr;
+    QCoreApplication* application = QCoreApplication::instance();
+    if (!application || QThread::currentThread() != application->thread())
+        return nullptr;
+    if (!cache) {
+        cache = new LayoutCache;
+        qAddPostRoutine([] {
+            delete cache;
+            cache = nullptr;
+        });
+    }
+    return cache;
+}
+
+std::shared_ptr<const LaidOutText> layOut(const QString& text,
+                                          const Font& font,
+                                          double width,
+                                          Wrap wrap,
+                                          bool withLeading,
+                                          int alignment = 0,
+                                          double boxWidth = 0) {
+    const QFont qfont = font.qfont();
+    LayoutCache* cache = mainThreadLayoutCache();
+    if (!cache)
+        return std::make_shared<const LaidOutText>(
+            layOutAfresh(text, qfont, width, wrap, withLeading, alignment, boxWidth));
+    LayoutKey key{text, qfont.key(), width, wrap, withLeading, alignment, boxWidth};
+    if (auto found = cache->find(key))
+        return found;
+    auto laid = std::make_shared<const LaidOutText>(
+        layOutAfresh(text, qfont, width, wrap, withLeading, alignment, boxWidth));
+    cache->insert(std::move(key), laid);
+    return laid;
 }
 
 int utf16IndexForByte(const std::string& text, size_t byteOffset) {
@@ -129,14 +213,14 @@ Rect boundingRectWithSize(const std::string& text,
     bool withLeading = (options & NSStringDrawingUsesFontLeading) != 0;
     QString qtext = QString::fromStdString(text);
     if (options & NSStringDrawingUsesLineFragmentOrigin) {
-        LaidOutText laid = layOut(layoutText(qtext), *font, size.width, Wrap::Words, withLeading);
-        return NSMakeRect(0, 0, laid.widest, laid.height());
+        auto laid = layOut(layoutText(qtext), *font, size.width, Wrap::Words, withLeading);
+        return NSMakeRect(0, 0, laid->widest, laid->height());
     }
     // Without the line fragment origin the text is one line and the rectangle is measured from
     // its baseline: the part below it has a negative y.
     qtext.replace(QChar('\n'), QChar(' '));
-    LaidOutText laid = layOut(qtext, *font, kUnlimitedWidth, Wrap::None, withLeading);
-    return NSMakeRect(0, font->descender(), laid.widest, laid.lineHeight);
+    auto laid = layOut(qtext, *font, kUnlimitedWidth, Wrap::None, withLeading);
+    return NSMakeRect(0, font->descender(), laid->widest, laid->lineHeight);
 }
 
 void drawStringInRect(const std::string& text,
@@ -151,7 +235,8 @@ void drawStringInRect(const std::string& text,
     double width = rect.size.width;
     QString qtext = layoutText(QString::fromStdString(text));
 
-    std::vector<LaidOutText> blocks;  // one for wrapped text; one per line otherwise
+    std::vector<std::shared_ptr<const LaidOutText>>
+        blocks;  // one for wrapped text; one per line otherwise
     if (lineBreakMode == 0 || lineBreakMode == 1) {
         Wrap wrap = lineBreakMode == 0 ? Wrap::Words : Wrap::Anywhere;
         blocks.push_back(layOut(qtext, *font, width, wrap, true, alignment, width));
@@ -174,9 +259,9 @@ void drawStringInRect(const std::string& text,
                             painter.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
         painter.setPen(color);
         double top = 0;
-        for (const LaidOutText& block : blocks) {
-            block.layout->draw(&painter, QPointF(0, top));
-            top += block.height();
+        for (const auto& block : blocks) {
+            block->layout->draw(&painter, QPointF(0, top));
+            top += block->height();
         }
         painter.restore();
     });
@@ -185,9 +270,9 @@ void drawStringInRect(const std::string& text,
 Size usedSizeForText(const std::string& text, double width, const TextAttributes& attributes) {
     if (text.empty())
         return {0, 0};
-    LaidOutText laid = layOut(layoutText(QString::fromStdString(text)), *fontOf(attributes), width,
-                              Wrap::Words, true);
-    return {laid.widest, laid.height()};
+    auto laid = layOut(layoutText(QString::fromStdString(text)), *fontOf(attributes), width,
+                       Wrap::Words, true);
+    return {laid->widest, laid->height()};
 }
 
 size_t characterIndexForPointInText(const std::string& text,
@@ -197,14 +282,14 @@ size_t characterIndexForPointInText(const std::string& text,
     if (text.empty())
         return 0;
     QString original = QString::fromStdString(text);
-    LaidOutText laid = layOut(layoutText(original), *fontOf(attributes), width, Wrap::Words, true);
-    int lineIndex = static_cast<int>(std::floor(point.y / laid.lineHeight));
-    lineIndex = std::clamp(lineIndex, 0, laid.lineCount() - 1);
-    QTextLine line = laid.layout->lineAt(lineIndex);
+    auto laid = layOut(layoutText(original), *fontOf(attributes), width, Wrap::Words, true);
+    int lineIndex = static_cast<int>(std::floor(point.y / laid->lineHeight));
+    lineIndex = std::clamp(lineIndex, 0, laid->lineCount() - 1);
+    QTextLine line = laid->layout->lineAt(lineIndex);
     int index = line.xToCursor(point.x, QTextLine::CursorBetweenCharacters);
     // A click past the end of a wrapped line stays on that line, before its line separator.
     int lineEnd = line.textStart() + line.textLength();
-    if (index == lineEnd && lineIndex < laid.lineCount() - 1 && lineEnd > line.textStart() &&
+    if (index == lineEnd && lineIndex < laid->lineCount() - 1 && lineEnd > line.textStart() &&
         original.at(lineEnd - 1) == QChar('\n'))
         --index;
     return byteOffsetForUtf16(original, index);
@@ -219,15 +304,15 @@ Rect caretRectInText(const std::string& text,
         return NSMakeRect(0, 0, 0,
                           lineHeightOf(QFontMetricsF(font->qfont(), Font::layoutDevice()), true));
     QString original = QString::fromStdString(text);
-    LaidOutText laid = layOut(layoutText(original), *font, width, Wrap::Words, true);
+    auto laid = layOut(layoutText(original), *font, width, Wrap::Words, true);
     int position = utf16IndexForByte(text, index);
-    QTextLine line = laid.layout->lineForTextPosition(position);
+    QTextLine line = laid->layout->lineForTextPosition(position);
     if (!line.isValid())
-        line = laid.layout->lineAt(laid.lineCount() - 1);
+        line = laid->layout->lineAt(laid->lineCount() - 1);
     // After a final newline the caret sits on a line of its own.
     if (position == original.size() && original.endsWith(QChar('\n')))
-        return NSMakeRect(0, laid.lineCount() * laid.lineHeight, 0, laid.lineHeight);
-    return NSMakeRect(line.cursorToX(position), line.position().y(), 0, laid.lineHeight);
+        return NSMakeRect(0, laid->lineCount() * laid->lineHeight, 0, laid->lineHeight);
+    return NSMakeRect(line.cursorToX(position), line.position().y(), 0, laid->lineHeight);
 }
 
 std::vector<Rect> selectionRectsInText(const std::string& text,
@@ -239,11 +324,11 @@ std::vector<Rect> selectionRectsInText(const std::string& text,
     if (text.empty() || length == 0)
         return rects;
     QString original = QString::fromStdString(text);
-    LaidOutText laid = layOut(layoutText(original), *fontOf(attributes), width, Wrap::Words, true);
+    auto laid = layOut(layoutText(original), *fontOf(attributes), width, Wrap::Words, true);
     int start = utf16IndexForByte(text, location);
     int end = utf16IndexForByte(text, location + length);
-    for (int i = 0; i < laid.lineCount(); ++i) {
-        QTextLine line = laid.layout->lineAt(i);
+    for (int i = 0; i < laid->lineCount(); ++i) {
+        QTextLine line = laid->layout->lineAt(i);
         int lineStart = line.textStart();
         int lineEnd = lineStart + line.textLength();
         int from = std::max(start, lineStart);
@@ -252,8 +337,8 @@ std::vector<Rect> selectionRectsInText(const std::string& text,
             continue;
         double x1 = line.cursorToX(from);
         double x2 = line.cursorToX(to);
-        rects.push_back(
-            NSMakeRect(std::min(x1, x2), line.position().y(), std::fabs(x2 - x1), laid.lineHeight));
+        rects.push_back(NSMakeRect(std::min(x1, x2), line.position().y(), std::fabs(x2 - x1),
+                                   laid->lineHeight));
     }
     return rects;
 }

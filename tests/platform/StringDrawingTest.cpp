@@ -193,3 +193,22 @@ TEST(StringDrawingTest, AlignmentAndClipping) {
         EXPECT_LT(ink.bottom, 20) << "mode " << mode;
     }
 }
+
+// Layouts are reused between drawings: a redraw must still follow every change of text, font,
+// alignment and box, and drawing the same text twice gives the same pixels.
+TEST(StringDrawingTest, RedrawsFollowEveryChangeDespiteReusedLayouts) {
+    auto drawn = [](const std::string& text, double size, int alignment, double width) {
+        return inkOf(*pixel_test::render(200, 40, 1, [&](GraphicsContext&) {
+            drawStringInRect(text, NSMakeRect(0, 0, width, 40), attributesOfSize(size), alignment,
+                             4);
+        }));
+    };
+    const Ink first = drawn("Send", 14, 0, 200);
+    const Ink again = drawn("Send", 14, 0, 200);
+    EXPECT_EQ(first.left, again.left);
+    EXPECT_EQ(first.right, again.right);
+    EXPECT_GT(drawn("Send to a friend", 14, 0, 200).right, first.right);
+    EXPECT_GT(drawn("Send", 20, 0, 200).right, first.right);
+    EXPECT_GT(drawn("Send", 14, 2, 200).left, first.left + 50);
+    EXPECT_LT(drawn("Send", 14, 2, 100).left, drawn("Send", 14, 2, 200).left);
+}
