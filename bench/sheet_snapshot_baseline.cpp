@@ -7,7 +7,8 @@
 #include <QPainterPath>
 
 int main(int argc, char** argv) {
-    if (argc < 2) return 64;
+    if (argc < 2)
+        return 64;
     QGuiApplication app(argc, argv);
     const qreal scale = argc > 2 ? QString(argv[2]).toDouble() : 1.0;
     QImage image(QSize(376, 370) * scale, QImage::Format_ARGB32_Premultiplied);

@@ -43,7 +43,8 @@ class Bitmap {
     static std::shared_ptr<Bitmap> renderView(View& view, double scale);
     // A transparent bitmap |size| points large at |scale| (1 when not positive), with |draw| run
     // in a current graphics context whose y-up point space covers it.
-    static std::shared_ptr<Bitmap> drawn(Size size, double scale,
+    static std::shared_ptr<Bitmap> drawn(Size size,
+                                         double scale,
                                          const std::function<void(GraphicsContext&)>& draw);
 
     // Platform internals.

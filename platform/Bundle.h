@@ -14,7 +14,7 @@ class Image;
 // (<name>.svg or <name>.png, with <name>@2x.png for scale 2) and string tables per language
 // (<lang>.lproj/<table>.strings, a property-list dictionary of strings).
 class Bundle {
-public:
+  public:
     // Opens the bundle at |path|; a missing or unreadable Info.plist is logged and reads as empty.
     explicit Bundle(const std::string& path);
 
@@ -35,7 +35,8 @@ public:
     // localizedStringForKey:value:table: looks in the user's languages (LANGUAGE, LC_ALL,
     // LC_MESSAGES, LANG), then English; a missing entry gives |value|, or |key| when |value| is
     // empty.
-    std::string localizedStringForKey(const std::string& key, const std::string& value,
+    std::string localizedStringForKey(const std::string& key,
+                                      const std::string& value,
                                       const std::string& table) const;
 
     // Path of the resource file <name>.<extension> in Contents/Resources, if it exists.
@@ -45,7 +46,7 @@ public:
     // imageNamed: against this bundle; nullptr when the bundle has no such image.
     std::shared_ptr<Image> imageNamed(const std::string& name) const;
 
-private:
+  private:
     struct Info;
     std::string path_;
     std::shared_ptr<const Info> info_;

@@ -21,7 +21,7 @@ namespace platform {
 // corrupt one is first kept beside it as "<file>.corrupt"). objectForKey sees this object's own
 // writes at once, and picks up what other processes flushed when the file has changed.
 class DefaultsSuite {
-public:
+  public:
     // initWithSuiteName: opens (does not create) the suite's file and reads it.
     explicit DefaultsSuite(const std::string& suiteName);
 
@@ -42,7 +42,7 @@ public:
     // escaped file name inside the folder (logged), never outside it.
     static std::string pathForSuite(const std::string& suiteName);
 
-private:
+  private:
     // Identity of the file as last read, to notice another process's replacement cheaply.
     struct FileStamp {
         bool exists = false;

@@ -13,17 +13,19 @@ namespace platform {
 // No session bus, a dead one or one that never answers: a post gives up within a bounded time
 // (well under a second), is logged, and returns.
 class DistributedNotificationCenter {
-public:
+  public:
     static DistributedNotificationCenter& defaultCenter();
 
     // postNotificationName:object:userInfo:deliverImmediately: (object and user information are
     // not carried; nothing is ever passed). Thread-safe. False when not sent (logged).
-    bool postNotificationName(const std::string& name, const std::string* object,
-                              const void* userInfo, bool deliverImmediately);
+    bool postNotificationName(const std::string& name,
+                              const std::string* object,
+                              const void* userInfo,
+                              bool deliverImmediately);
 
     // A live subscription; destroying it stops delivery.
     class Observer {
-    public:
+      public:
         virtual ~Observer() = default;
     };
     // Calls |handler| on the main thread for each notification |name|. nullptr (logged) when

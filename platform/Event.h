@@ -46,16 +46,23 @@ enum KeyCode : uint16_t {
 
 // An input event. Immutable once made.
 class Event {
-public:
-    static std::shared_ptr<Event> mouseEvent(EventType type, Point locationInWindow, int clickCount,
-                                             uint64_t modifierFlags = 0, double timestamp = 0,
+  public:
+    static std::shared_ptr<Event> mouseEvent(EventType type,
+                                             Point locationInWindow,
+                                             int clickCount,
+                                             uint64_t modifierFlags = 0,
+                                             double timestamp = 0,
                                              int windowNumber = 0);
-    static std::shared_ptr<Event> keyEvent(EventType type, uint16_t keyCode,
+    static std::shared_ptr<Event> keyEvent(EventType type,
+                                           uint16_t keyCode,
                                            const std::string& characters,
-                                           uint64_t modifierFlags = 0, double timestamp = 0,
+                                           uint64_t modifierFlags = 0,
+                                           double timestamp = 0,
                                            int windowNumber = 0);
-    static std::shared_ptr<Event> magnifyEvent(EventType type, Point locationInWindow,
-                                               double magnification, double timestamp = 0);
+    static std::shared_ptr<Event> magnifyEvent(EventType type,
+                                               Point locationInWindow,
+                                               double magnification,
+                                               double timestamp = 0);
 
     EventType type() const { return type_; }
     // In the window's base coordinates (bottom-left origin, y up, points).
@@ -68,7 +75,7 @@ public:
     double magnification() const { return magnification_; }
     int windowNumber() const { return windowNumber_; }
 
-private:
+  private:
     Event() = default;
     EventType type_ = EventType::MouseMoved;
     Point location_;

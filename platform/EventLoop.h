@@ -9,7 +9,7 @@ namespace platform {
 // any view, image, queue or bus use. Without a display (no DISPLAY / WAYLAND_DISPLAY, or
 // QT_QPA_PLATFORM=offscreen) it runs offscreen.
 class EventLoop {
-public:
+  public:
     EventLoop(int& argc, char** argv);
     ~EventLoop();
     EventLoop(const EventLoop&) = delete;

@@ -15,7 +15,7 @@ namespace platform {
 // The request the Share menu hands to the extension: its input items, and how it ended.
 // Thread-safe.
 class ExtensionContext {
-public:
+  public:
     enum class State { Pending, Completed, Cancelled };
 
     explicit ExtensionContext(std::vector<std::shared_ptr<ExtensionItem>> inputItems);
@@ -35,7 +35,7 @@ public:
     // Number of times the request was completed or cancelled (1 for a well-behaved extension).
     int endingCount() const;
 
-private:
+  private:
     std::vector<std::shared_ptr<ExtensionItem>> inputItems_;
     mutable std::mutex mutex_;
     State state_ = State::Pending;

@@ -9,15 +9,17 @@ namespace platform {
 
 // One shared item: its attachments, in order.
 class ExtensionItem {
-public:
+  public:
     ExtensionItem() = default;
     explicit ExtensionItem(std::vector<std::shared_ptr<ItemProvider>> attachments)
         : attachments_(std::move(attachments)) {}
 
     const std::vector<std::shared_ptr<ItemProvider>>& attachments() const { return attachments_; }
-    void setAttachments(std::vector<std::shared_ptr<ItemProvider>> a) { attachments_ = std::move(a); }
+    void setAttachments(std::vector<std::shared_ptr<ItemProvider>> a) {
+        attachments_ = std::move(a);
+    }
 
-private:
+  private:
     std::vector<std::shared_ptr<ItemProvider>> attachments_;
 };
 

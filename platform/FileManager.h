@@ -7,7 +7,7 @@ namespace platform {
 
 // File operations with the platform's meaning. Thread-safe.
 class FileManager {
-public:
+  public:
     static FileManager& defaultManager();
 
     // containerURLForSecurityApplicationGroupIdentifier: the group's shared directory,
@@ -23,7 +23,8 @@ public:
     // sendfile) without a per-file fsync. A FIFO, socket or device is refused and never opened.
     // On failure |error| (when given) receives a readable reason; a partly written destination
     // is removed.
-    bool copyItemAtPath(const std::string& source, const std::string& destination,
+    bool copyItemAtPath(const std::string& source,
+                        const std::string& destination,
                         std::string* error = nullptr);
 };
 

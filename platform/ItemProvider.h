@@ -20,7 +20,7 @@ inline const char* const kUTTypeFileURL = "public.file-url";
 struct LoadOptions {};
 
 class ItemProvider {
-public:
+  public:
     using CompletionHandler =
         std::function<void(const std::optional<Url>& item, const std::optional<Error>& error)>;
     using Loader = std::function<std::optional<Url>()>;
@@ -38,10 +38,11 @@ public:
     // loadItemForTypeIdentifier:options:completionHandler: returns at once; |completion| runs
     // on a worker thread with the item, or with no item and an error for a type not offered.
     // No load options exist yet; callers pass nullptr.
-    void loadItemForTypeIdentifier(const std::string& typeIdentifier, const LoadOptions* options,
+    void loadItemForTypeIdentifier(const std::string& typeIdentifier,
+                                   const LoadOptions* options,
                                    CompletionHandler completion);
 
-private:
+  private:
     std::vector<std::string> types_;
     std::map<std::string, Loader> loaders_;
 };

@@ -9,14 +9,14 @@ namespace platform {
 // The system log. Every line goes to syslog and to stderr; a capture (used by tests) sees the
 // lines written while it lives, from any thread.
 class Log {
-public:
+  public:
     // NSLog: writes one line. Thread-safe.
     static void write(const std::string& line);
 };
 
 // Collects every log line written while it exists (all threads). Nestable.
 class LogCapture {
-public:
+  public:
     LogCapture();
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
@@ -27,7 +27,7 @@ public:
     size_t count(const std::string& line) const;
     bool contains(const std::string& line) const { return count(line) > 0; }
 
-private:
+  private:
     friend class Log;
     void append(const std::string& line);
     struct State;

@@ -8,7 +8,7 @@ namespace platform {
 // The main dispatch queue: tasks run in order on the main thread's event loop. Callable from any
 // thread. Each task counts as pending work (see EventLoop) until it has run.
 class MainQueue {
-public:
+  public:
     // dispatch_async
     static void async(std::function<void()> task);
     // dispatch_after with a delay in nanoseconds from now.
@@ -19,7 +19,7 @@ public:
     // main-thread only).
     static void assertMainThread(const char* where);
 
-private:
+  private:
     friend class EventLoop;
     // The event loop hooks the queue into the main thread's Qt loop when it starts, and unhooks
     // it before the application object goes. Tasks queued before that wait for the hook.

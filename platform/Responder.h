@@ -15,7 +15,7 @@ using Selector = std::string;
 // An object in the responder chain. Every event handler's default passes the event to
 // nextResponder() (and drops it at the end of the chain).
 class Responder {
-public:
+  public:
     virtual ~Responder() = default;
 
     virtual Responder* nextResponder() const { return nullptr; }
@@ -42,7 +42,7 @@ public:
     bool respondsToSelector(const Selector& selector) const;
     void performSelector(const Selector& selector, const std::shared_ptr<void>& object);
 
-private:
+  private:
     std::map<Selector, ActionHandler> actions_;
 };
 

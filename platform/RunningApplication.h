@@ -8,7 +8,7 @@ namespace platform {
 // A running application, found by the bus name it owns: a host owns its bundle identifier as its
 // well-known session-bus name, as D-Bus-activatable desktop applications do.
 class RunningApplication {
-public:
+  public:
     explicit RunningApplication(std::string bundleIdentifier)
         : bundleIdentifier_(std::move(bundleIdentifier)) {}
 
@@ -23,7 +23,7 @@ public:
     // the bus is unreachable or the name is taken.
     static bool registerAsRunning(const std::string& bundleIdentifier);
 
-private:
+  private:
     std::string bundleIdentifier_;
 };
 

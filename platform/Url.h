@@ -7,7 +7,7 @@ namespace platform {
 
 // A URL: either a file URL made from a path, or any other absolute URL kept as text.
 class Url {
-public:
+  public:
     // fileURLWithPath: |path| is taken as raw bytes (names need not be UTF-8).
     static Url fileURLWithPath(const std::string& path);
     // URLWithString: nullopt when |text| is not an absolute URL with a scheme.
@@ -23,7 +23,7 @@ public:
     // Text after the last dot of the last path component; empty when there is none.
     std::string pathExtension() const;
 
-private:
+  private:
     Url() = default;
     bool isFile_ = false;
     std::string path_;

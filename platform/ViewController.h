@@ -11,7 +11,7 @@ namespace platform {
 
 // NSViewController: owns a root view, loaded on first request. Main thread only.
 class ViewController : public Responder, public std::enable_shared_from_this<ViewController> {
-public:
+  public:
     ViewController() = default;
     ~ViewController() override = default;
 
@@ -30,7 +30,7 @@ public:
         context_ = std::move(context);
     }
 
-private:
+  private:
     std::shared_ptr<View> view_;
     std::shared_ptr<ExtensionContext> context_;
 };

@@ -6,7 +6,7 @@ namespace platform {
 
 // Starting applications.
 class Workspace {
-public:
+  public:
     static Workspace& sharedWorkspace();
 
     // launchApplication: starts the application bundle at |path|, detached (it outlives us):

@@ -25,13 +25,15 @@ std::string TempDir::writeFile(const std::string& name, size_t bytes) const {
     std::string path = file(name);
     std::ofstream out(path, std::ios::binary);
     std::string block(64 * 1024, '\0');
-    for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<char>('a' + i % 26);
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<char>('a' + i % 26);
     while (bytes > 0) {
         size_t n = std::min(bytes, block.size());
         out.write(block.data(), static_cast<std::streamsize>(n));
         bytes -= n;
     }
-    if (!out) throw std::runtime_error("cannot write " + path);
+    if (!out)
+        throw std::runtime_error("cannot write " + path);
     return path;
 }
 

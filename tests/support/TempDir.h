@@ -6,7 +6,7 @@ namespace testing_support {
 
 // A fresh directory under the test run's private root, removed when destroyed.
 class TempDir {
-public:
+  public:
     TempDir();
     ~TempDir();
     TempDir(const TempDir&) = delete;
@@ -19,7 +19,7 @@ public:
     std::string writeFile(const std::string& name, size_t bytes) const;
     std::string writeText(const std::string& name, const std::string& text) const;
 
-private:
+  private:
     std::string path_;
 };
 

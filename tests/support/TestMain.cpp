@@ -18,7 +18,9 @@ std::string& rootStorage() {
 }
 }  // namespace
 
-const std::string& testRoot() { return rootStorage(); }
+const std::string& testRoot() {
+    return rootStorage();
+}
 
 }  // namespace testing_support
 
@@ -26,7 +28,8 @@ int main(int argc, char** argv) {
     namespace fs = std::filesystem;
     std::string pattern = (fs::temp_directory_path() / "parley-test-XXXXXX").string();
     char* made = mkdtemp(pattern.data());
-    if (!made) return 70;
+    if (!made)
+        return 70;
     testing_support::rootStorage() = made;
     const std::string root = made;
     for (const char* dir : {"home", "config", "data", "cache", "runtime"})
@@ -37,7 +40,8 @@ int main(int argc, char** argv) {
     setenv("XDG_DATA_HOME", (root + "/data").c_str(), 1);
     setenv("XDG_CACHE_HOME", (root + "/cache").c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (root + "/runtime").c_str(), 1);
-    if (!getenv("PARLEY_TEST_DISPLAY")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (!getenv("PARLEY_TEST_DISPLAY"))
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
 
     testing::InitGoogleTest(&argc, argv);
     int result;
