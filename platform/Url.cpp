@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <charconv>
 
 namespace platform {
 
@@ -27,23 +28,20 @@ std::string percentEncodePath(const std::string& path) {
     return out;
 }
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+// The byte that the two hex digits at |at| spell, or -1 when they are not two hex digits.
+int hexPair(const char* at) {
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(at, at + 2, value, 16);
+    return error == std::errc() && end == at + 2 ? static_cast<int>(value) : -1;
 }
 
 std::string percentDecode(const std::string& text) {
     std::string out;
     for (size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '%' && i + 2 < text.size()) {
-            int high = hexValue(text[i + 1]), low = hexValue(text[i + 2]);
-            if (high >= 0 && low >= 0) {
-                out += static_cast<char>(high * 16 + low);
+            const int byte = hexPair(text.data() + i + 1);
+            if (byte >= 0) {
+                out += static_cast<char>(byte);
                 i += 2;
                 continue;
             }

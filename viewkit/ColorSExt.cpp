@@ -1,5 +1,6 @@
 #include "viewkit/ColorSExt.h"
 
+#include <charconv>
 #include <cstddef>
 
 namespace SExt {
@@ -21,25 +22,16 @@ size_t utf16Length(const std::string& text) {
     return units;
 }
 
-int hexDigitValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 // The component of the pair at |offset|, or a negative value when the pair is not two hex digits.
 double pairComponent(const std::string& digits, size_t offset) {
-    const int high = hexDigitValue(digits[offset]);
-    const int low = hexDigitValue(digits[offset + 1]);
-    if (high < 0 || low < 0)
+    const char* pair = digits.data() + offset;
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(pair, pair + 2, value, 16);
+    if (error != std::errc() || end != pair + 2)
         return -1;
     // Single-precision quotient, widened: the colour the rest of the system expects for "F7" is
     // 247/255 rounded to float, not the double quotient.
-    const float component = static_cast<float>(high * 16 + low) / 255.0f;
+    const float component = static_cast<float>(value) / 255.0f;
     return static_cast<double>(component);
 }
 

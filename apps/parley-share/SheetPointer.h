@@ -23,10 +23,9 @@ class SheetPointer {
     // A mouse-down and the mouse-up that completes it, at the same point.
     bool click(ShareCommandLine::Action target);
 
+  private:
     // The middle of |target| in the window's coordinates; nullopt when the sheet lacks it.
     std::optional<platform::Point> locationOf(ShareCommandLine::Action target) const;
-
-  private:
     platform::View* viewOf(ShareCommandLine::Action target) const;
     bool send(ShareCommandLine::Action target, bool release);
 

@@ -139,13 +139,13 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "parley-share: the sheet has nothing to click there\n");
     } else if (waitsForPerson) {
         window.makeKeyAndOrderFront();
-        while (context->state() == platform::ExtensionContext::State::Pending && window.isVisible())
-            platform::EventLoop::runUntil(
-                [&] {
-                    return context->state() != platform::ExtensionContext::State::Pending ||
-                           !window.isVisible();
-                },
-                kPersonWaitSlice);
+        auto personDone = [&] {
+            return context->state() != platform::ExtensionContext::State::Pending ||
+                   !window.isVisible();
+        };
+        // Each wait gives up after a slice; the person may take longer.
+        while (!platform::EventLoop::runUntil(personDone, kPersonWaitSlice))
+            continue;
         // Closing the sheet's window is the person's way of saying no.
         if (context->state() == platform::ExtensionContext::State::Pending)
             controller->cancel();
