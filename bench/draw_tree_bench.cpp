@@ -18,14 +18,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bitmap.h"
-#include "platform/Color.h"
-#include "platform/EventLoop.h"
-#include "platform/Font.h"
-#include "platform/Image.h"
-#include "platform/ImageView.h"
-#include "platform/TextField.h"
-#include "platform/View.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/Color.h"
+#include "platform/ui/DisplayEventLoop.h"
+#include "platform/ui/Font.h"
+#include "platform/ui/Image.h"
+#include "platform/ui/ImageView.h"
+#include "platform/ui/TextField.h"
+#include "platform/ui/View.h"
 #include "viewkit/ColorSExt.h"
 #include "viewkit/PLSCustomDivider.h"
 #include "viewkit/PLSOutlineButton.h"
@@ -223,7 +223,7 @@ double timeOnce(F&& f) {
 int main(int argc, char** argv) {
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     const int frames = argc > 1 ? std::max(1, std::atoi(argv[1])) : 300;
-    platform::EventLoop loop(argc, argv);
+    platform::DisplayEventLoop loop(argc, argv);
 
     const Icons icons{iconBitmap(23, "#00A2FF"), iconBitmap(32, "#b2b2b2"),
                       iconBitmap(60, "#F5A623"), iconBitmap(35, "#4A90E2")};

@@ -20,14 +20,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bundle.h"
-#include "platform/DistributedNotificationCenter.h"
-#include "platform/EventLoop.h"
-#include "platform/ExtensionContext.h"
-#include "platform/FileManager.h"
-#include "platform/ItemProvider.h"
-#include "platform/RunningApplication.h"
-#include "platform/Url.h"
+#include "platform/core/Bundle.h"
+#include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/ExtensionContext.h"
+#include "platform/core/FileManager.h"
+#include "platform/core/ItemProvider.h"
+#include "platform/core/RunningApplication.h"
+#include "platform/core/Url.h"
+#include "platform/ui/DisplayEventLoop.h"
 #include "share/ShareViewController.h"
 
 namespace {
@@ -225,7 +225,7 @@ int main(int argc, char** argv) {
     setenv("XDG_DATA_HOME", (work / "data").c_str(), 1);
     setenv("PARLEY_APPLICATIONS_DIR", (work / "apps").c_str(), 1);
 
-    platform::EventLoop loop(argc, argv);
+    platform::DisplayEventLoop loop(argc, argv);
     const fs::path bundle = work / "ParleyShare.appex";
     fs::create_directories(bundle / "Contents");
     std::ofstream(bundle / "Contents" / "Info.plist")

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <mutex>
 
-#include "platform/PropertyValue.h"
+#include "platform/core/PropertyValue.h"
 
 // The lists of one file export, shared by all of its per-file completions. Completions run on
 // worker threads at the same time: whoever touches the lists or asks isComplete() holds |mutex|,

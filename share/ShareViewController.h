@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 
-#include "platform/DefaultsSuite.h"
-#include "platform/ExtensionItem.h"
-#include "platform/ImageView.h"
-#include "platform/TextField.h"
-#include "platform/Url.h"
-#include "platform/ViewController.h"
+#include "platform/core/DefaultsSuite.h"
+#include "platform/core/ExtensionItem.h"
+#include "platform/core/Url.h"
+#include "platform/ui/ImageView.h"
+#include "platform/ui/TextField.h"
+#include "platform/ui/ViewController.h"
 #include "share/ShareEntry.h"
 #include "share/ShareType.h"
 #include "viewkit/PLSCustomDivider.h"
@@ -28,6 +28,11 @@ class FileExport;
 // Main thread only, except for the item-provider completions and the wake-up they call, which
 // run on worker threads. Create it with std::make_shared: closures handed to the platform hold
 // it strongly, so it lives until the last completion and the delayed wake-up have run.
+//
+// The definition is spread over files by concern: ShareViewController.cpp (start-up and
+// classification), ...Handoff.cpp (the actions and the link), ...FileExport.cpp (copies and
+// lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers, logo band,
+// action rows) and ...Card.cpp (the preview card).
 class ShareViewController : public platform::ViewController {
   public:
     ShareViewController();

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Color.h"
+#include "platform/ui/Color.h"
 
 // Colour helpers. Both keep no state and may be called from any thread.
 namespace SExt {

@@ -1,6 +1,6 @@
 #include "viewkit/PLSCustomDivider.h"
 
-#include "platform/GraphicsContext.h"
+#include "platform/ui/GraphicsContext.h"
 #include "viewkit/ColorSExt.h"
 
 void PLSCustomDivider::drawRect(const platform::Rect& /*dirtyRect*/) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Color.h"
+#include "platform/ui/Color.h"
 #include "viewkit/PLSDivider.h"
 
 // A divider whose line is drawn in customColor at customAlpha over the "#e2e2e2" layer that every

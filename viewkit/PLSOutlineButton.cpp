@@ -3,10 +3,10 @@
 #include <cfloat>
 #include <cmath>
 
-#include "platform/BezierPath.h"
-#include "platform/MainQueue.h"
-#include "platform/StringDrawing.h"
-#include "platform/Window.h"
+#include "platform/core/MainQueue.h"
+#include "platform/ui/BezierPath.h"
+#include "platform/ui/StringDrawing.h"
+#include "platform/ui/Window.h"
 #include "viewkit/ViewSExt.h"
 
 using platform::BezierPath;

@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "platform/Color.h"
-#include "platform/Font.h"
-#include "platform/Responder.h"
-#include "platform/TextField.h"
-#include "platform/View.h"
+#include "platform/ui/Color.h"
+#include "platform/ui/Font.h"
+#include "platform/ui/Responder.h"
+#include "platform/ui/TextField.h"
+#include "platform/ui/View.h"
 
 // A small push button on a plain view: a filled, optionally rounded body, an optional border, and
 // a one-line centred title in a text field it owns (its only subview). A press calls

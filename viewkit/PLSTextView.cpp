@@ -1,8 +1,8 @@
 #include "viewkit/PLSTextView.h"
 
-#include "platform/GraphicsContext.h"
-#include "platform/MainQueue.h"
-#include "platform/StringDrawing.h"
+#include "platform/core/MainQueue.h"
+#include "platform/ui/GraphicsContext.h"
+#include "platform/ui/StringDrawing.h"
 #include "viewkit/ColorSExt.h"
 
 using platform::Event;

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "platform/Color.h"
-#include "platform/TextView.h"
+#include "platform/ui/Color.h"
+#include "platform/ui/TextView.h"
 
 // The kit's text view. On top of the base text view: closures that can take over Escape and
 // Return, mouse down and up, mouse enter and exit and the notice of a text change; a closure that

@@ -1,6 +1,6 @@
 #include "viewkit/PLSView.h"
 
-#include "platform/MainQueue.h"
+#include "platform/core/MainQueue.h"
 
 using platform::Event;
 

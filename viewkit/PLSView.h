@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "platform/Event.h"
-#include "platform/View.h"
+#include "platform/ui/Event.h"
+#include "platform/ui/View.h"
 
 // A plain container that reports a press and a release inside its own bounds through two
 // closures. With a closure set the matching event is taken over (used or dropped); without one

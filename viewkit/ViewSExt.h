@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/View.h"
+#include "platform/ui/View.h"
 
 // Named access to a view's frame edges and size, and corner rounding through its backing layer.
 // Every setter reads the frame once, replaces one field and applies the whole rectangle through

@@ -5,7 +5,7 @@
 #include <optional>
 #include <variant>
 
-#include "platform/DefaultsSuite.h"
+#include "platform/core/DefaultsSuite.h"
 #include "share/HandoffKeys.h"
 
 namespace {

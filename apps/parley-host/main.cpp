@@ -12,11 +12,11 @@
 #include <vector>
 
 #include "apps/parley-host/HostRecordWriter.h"
-#include "platform/Bundle.h"
-#include "platform/DefaultsSuite.h"
-#include "platform/DistributedNotificationCenter.h"
-#include "platform/EventLoop.h"
-#include "platform/RunningApplication.h"
+#include "platform/core/Bundle.h"
+#include "platform/core/DefaultsSuite.h"
+#include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/EventLoop.h"
+#include "platform/core/RunningApplication.h"
 #include "share/HandoffKeys.h"
 
 #ifndef PARLEY_HOST_BUNDLE_ID

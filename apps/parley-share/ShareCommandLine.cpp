@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "platform/Url.h"
+#include "platform/core/Url.h"
 
 namespace {
 

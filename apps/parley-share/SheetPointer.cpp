@@ -1,8 +1,8 @@
 #include "apps/parley-share/SheetPointer.h"
 
-#include "platform/Event.h"
-#include "platform/View.h"
-#include "platform/Window.h"
+#include "platform/ui/Event.h"
+#include "platform/ui/View.h"
+#include "platform/ui/Window.h"
 #include "share/ShareViewController.h"
 
 SheetPointer::SheetPointer(ShareViewController& controller, platform::Window& window)

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "apps/parley-share/ShareCommandLine.h"
-#include "platform/Geometry.h"
+#include "platform/ui/Geometry.h"
 
 namespace platform {
 class View;

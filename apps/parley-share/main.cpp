@@ -12,15 +12,15 @@
 
 #include "apps/parley-share/ShareCommandLine.h"
 #include "apps/parley-share/SheetPointer.h"
-#include "platform/Bitmap.h"
-#include "platform/Bundle.h"
-#include "platform/EventLoop.h"
-#include "platform/ExtensionContext.h"
-#include "platform/ExtensionItem.h"
-#include "platform/ItemProvider.h"
-#include "platform/Url.h"
-#include "platform/View.h"
-#include "platform/Window.h"
+#include "platform/core/Bundle.h"
+#include "platform/core/ExtensionContext.h"
+#include "platform/core/ExtensionItem.h"
+#include "platform/core/ItemProvider.h"
+#include "platform/core/Url.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/DisplayEventLoop.h"
+#include "platform/ui/View.h"
+#include "platform/ui/Window.h"
 #include "share/ShareViewController.h"
 
 namespace {
@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
 
-    platform::EventLoop loop(argc, argv);
+    platform::DisplayEventLoop loop(argc, argv);
 
     std::shared_ptr<platform::Bundle> bundle =
         line.bundlePath() ? std::make_shared<platform::Bundle>(*line.bundlePath())
@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
 
     const bool waitsForPerson =
         line.action() == ShareCommandLine::Action::None && !line.snapshotPath();
-    if (waitsForPerson && !platform::EventLoop::hasDisplay()) {
+    if (waitsForPerson && !platform::DisplayEventLoop::hasDisplay()) {
         std::fprintf(stderr,
                      "parley-share: no display to show the sheet on; give --action or "
                      "--snapshot\n");

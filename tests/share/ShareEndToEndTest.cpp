@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/Bitmap.h"
-#include "platform/RunningApplication.h"
+#include "platform/core/RunningApplication.h"
+#include "platform/ui/Bitmap.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 

@@ -7,7 +7,7 @@
 #include <random>
 #include <set>
 
-#include "platform/MainQueue.h"
+#include "platform/core/MainQueue.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 

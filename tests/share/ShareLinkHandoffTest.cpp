@@ -1,5 +1,5 @@
 // The two actions and the hand-off of a link: entry, URL, read-backs and the wake-up.
-#include "platform/RunningApplication.h"
+#include "platform/core/RunningApplication.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 

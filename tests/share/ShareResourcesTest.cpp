@@ -2,8 +2,8 @@
 // language it ships, the count format safe to fill, and the sheet's pictures drawn at 1x and 2x.
 #include <set>
 
-#include "platform/Bitmap.h"
-#include "platform/Image.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/Image.h"
 #include "tests/share/ShareTestSupport.h"
 #include "tests/support/ScopedEnv.h"
 

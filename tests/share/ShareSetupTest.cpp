@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/Error.h"
+#include "platform/core/Error.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 

@@ -1,8 +1,8 @@
 // The sheet in a window, driven by mouse and key events as a person would drive it: which row
 // is tinted after each event, and when an action or the cancellation runs.
-#include "platform/Bitmap.h"
-#include "platform/Event.h"
-#include "platform/Window.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/Event.h"
+#include "platform/ui/Window.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {

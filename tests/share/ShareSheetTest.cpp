@@ -1,4 +1,4 @@
-#include "platform/Bitmap.h"
+#include "platform/ui/Bitmap.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {

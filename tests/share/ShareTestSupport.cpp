@@ -5,9 +5,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "platform/EventLoop.h"
-#include "platform/FileManager.h"
-#include "platform/MainQueue.h"
+#include "platform/core/EventLoop.h"
+#include "platform/core/FileManager.h"
+#include "platform/core/MainQueue.h"
 #include "share/HandoffKeys.h"
 
 namespace share_test {

@@ -13,15 +13,15 @@
 #include <thread>
 #include <vector>
 
-#include "platform/Bitmap.h"
-#include "platform/Bundle.h"
-#include "platform/DefaultsSuite.h"
-#include "platform/DistributedNotificationCenter.h"
-#include "platform/ExtensionContext.h"
-#include "platform/ExtensionItem.h"
-#include "platform/ItemProvider.h"
-#include "platform/Log.h"
-#include "platform/PropertyValue.h"
+#include "platform/core/Bundle.h"
+#include "platform/core/DefaultsSuite.h"
+#include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/ExtensionContext.h"
+#include "platform/core/ExtensionItem.h"
+#include "platform/core/ItemProvider.h"
+#include "platform/core/Log.h"
+#include "platform/core/PropertyValue.h"
+#include "platform/ui/Bitmap.h"
 #include "share/ShareViewController.h"
 #include "tests/support/TempDir.h"
 

@@ -1,5 +1,5 @@
 // Waking the host: a running one gets exactly one notification, a stopped one exactly one launch.
-#include "platform/RunningApplication.h"
+#include "platform/core/RunningApplication.h"
 #include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 

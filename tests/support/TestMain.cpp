@@ -6,7 +6,13 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/EventLoop.h"
+#ifdef PARLEY_TEST_DISPLAY_LOOP
+#include "platform/ui/DisplayEventLoop.h"
+using TestEventLoop = platform::DisplayEventLoop;
+#else
+#include "platform/core/EventLoop.h"
+using TestEventLoop = platform::EventLoop;
+#endif
 #include "tests/support/TempDir.h"
 
 namespace testing_support {
@@ -46,7 +52,7 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     int result;
     {
-        platform::EventLoop loop(argc, argv);
+        TestEventLoop loop(argc, argv);
         result = RUN_ALL_TESTS();
     }
     std::error_code ignored;

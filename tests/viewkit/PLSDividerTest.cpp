@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "platform/Bitmap.h"
+#include "platform/ui/Bitmap.h"
 #include "viewkit/ColorSExt.h"
 #include "viewkit/PLSCustomDivider.h"
 #include "viewkit/PLSDivider.h"

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bitmap.h"
-#include "platform/StringDrawing.h"
-#include "platform/Window.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/StringDrawing.h"
+#include "platform/ui/Window.h"
 #include "tests/viewkit/RecordingResponders.h"
 #include "viewkit/ColorSExt.h"
 

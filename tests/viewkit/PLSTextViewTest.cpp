@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/Bitmap.h"
-#include "platform/Window.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/Window.h"
 #include "tests/viewkit/RecordingResponders.h"
 #include "viewkit/ColorSExt.h"
 #include "viewkit/ViewSExt.h"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/Window.h"
+#include "platform/ui/Window.h"
 #include "tests/viewkit/RecordingResponders.h"
 
 using platform::EventType;

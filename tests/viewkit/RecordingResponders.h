@@ -3,9 +3,9 @@
 #include <memory>
 #include <vector>
 
-#include "platform/Event.h"
-#include "platform/View.h"
-#include "platform/Window.h"
+#include "platform/ui/Event.h"
+#include "platform/ui/View.h"
+#include "platform/ui/Window.h"
 
 namespace viewkit_test {
 

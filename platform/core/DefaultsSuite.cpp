@@ -1,0 +1,278 @@
+#include "platform/core/DefaultsSuite.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include "platform/core/Log.h"
+#include "platform/core/Paths.h"
+#include "platform/core/PropertyListCodec.h"
+
+namespace platform {
+
+namespace {
+
+// A writer that holds the lock longer than this is stuck; we give up rather than hang.
+constexpr auto kLockWait = std::chrono::seconds(5);
+
+// The suite name as one file name: "/", "%" and control characters are %-escaped, and so is a
+// leading "." (covers "." and ".."); the empty name becomes "%", which no escaped name can be.
+std::string fileNameForSuite(const std::string& suiteName) {
+    if (suiteName.empty())
+        return "%";
+    std::string out;
+    for (size_t i = 0; i < suiteName.size(); ++i) {
+        unsigned char c = static_cast<unsigned char>(suiteName[i]);
+        if (c == '/' || c == '%' || c < 0x20 || c == 0x7f || (i == 0 && c == '.')) {
+            char escaped[4];
+            std::snprintf(escaped, sizeof escaped, "%%%02X", c);
+            out += escaped;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out;
+}
+
+std::string folder() {
+    return Paths::xdgDirectory("XDG_CONFIG_HOME", ".config") + "/group-containers";
+}
+
+// Holds an exclusive flock on "<file>.lock" for its lifetime.
+class FileLock {
+  public:
+    explicit FileLock(const std::string& lockPath) {
+        fd_ = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (fd_ < 0) {
+            error_ = lockPath + ": " + std::strerror(errno);
+            return;
+        }
+        auto deadline = std::chrono::steady_clock::now() + kLockWait;
+        while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
+            if ((errno != EWOULDBLOCK && errno != EINTR) ||
+                std::chrono::steady_clock::now() >= deadline) {
+                error_ = lockPath + ": " +
+                         (errno == EWOULDBLOCK ? std::string("held too long by another writer")
+                                               : std::string(std::strerror(errno)));
+                ::close(fd_);
+                fd_ = -1;
+                return;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    ~FileLock() {
+        if (fd_ >= 0)
+            ::close(fd_);  // closing releases the flock
+    }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    bool locked() const { return fd_ >= 0; }
+    const std::string& error() const { return error_; }
+
+  private:
+    int fd_ = -1;
+    std::string error_;
+};
+
+bool writeAll(int fd, const std::string& bytes) {
+    size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        done += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// Writes |bytes| to a fresh temporary beside |path|, syncs it and renames it over |path|.
+bool replaceFileAtomically(const std::string& path, const std::string& bytes, std::string& error) {
+    static std::atomic<unsigned> counter{0};
+    std::string temporary =
+        path + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(counter.fetch_add(1));
+    int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        error = temporary + ": " + std::strerror(errno);
+        return false;
+    }
+    bool ok = writeAll(fd, bytes) && ::fchmod(fd, 0600) == 0 && ::fsync(fd) == 0;
+    if (!ok)
+        error = temporary + ": " + std::strerror(errno);
+    ::close(fd);
+    if (ok && ::rename(temporary.c_str(), path.c_str()) != 0) {
+        error = path + ": " + std::strerror(errno);
+        ok = false;
+    }
+    if (!ok) {
+        ::unlink(temporary.c_str());
+        return false;
+    }
+    // The rename itself is durable only once the directory is synced.
+    std::string directory = path.substr(0, path.rfind('/'));
+    int dirFd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dirFd >= 0) {
+        ::fsync(dirFd);
+        ::close(dirFd);
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string DefaultsSuite::pathForSuite(const std::string& suiteName) {
+    return folder() + "/" + fileNameForSuite(suiteName) + ".plist";
+}
+
+DefaultsSuite::FileStamp DefaultsSuite::stampOf(const std::string& path) {
+    FileStamp stamp;
+    struct stat st {};
+    if (::lstat(path.c_str(), &st) != 0)
+        return stamp;
+    stamp.exists = true;
+    stamp.device = st.st_dev;
+    stamp.inode = st.st_ino;
+    stamp.size = static_cast<unsigned long long>(st.st_size);
+    stamp.mtimeNanoseconds =
+        static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
+    return stamp;
+}
+
+DefaultsSuite::DefaultsSuite(const std::string& suiteName)
+    : suiteName_(suiteName), path_(pathForSuite(suiteName)) {
+    if (fileNameForSuite(suiteName) != suiteName)
+        Log::write("DefaultsSuite: suite name [" + suiteName +
+                   "] is not a plain file name; stored as [" + path_ + "].");
+    std::lock_guard<std::mutex> lock(mutex_);
+    refreshIfChangedLocked();
+}
+
+void DefaultsSuite::refreshIfChangedLocked() const {
+    FileStamp now = stampOf(path_);
+    if (now == stamp_)
+        return;
+    stamp_ = now;
+    std::string bytes, reason;
+    std::map<std::string, PropertyValue> fileValues;
+    switch (PropertyListCodec::readFile(path_, bytes, reason)) {
+        case PropertyListCodec::ReadStatus::Missing:
+            break;
+        case PropertyListCodec::ReadStatus::Ok:
+            if (auto dict = PropertyListCodec::parseDictionary(bytes))
+                fileValues = dict->values();
+            else
+                Log::write("DefaultsSuite: " + path_ + " is corrupt; read as empty.");
+            break;
+        default:
+            Log::write("DefaultsSuite: cannot read " + path_ + " (" + reason + "); read as empty.");
+            break;
+    }
+    mergeFromFileValuesLocked(std::move(fileValues));
+}
+
+void DefaultsSuite::mergeFromFileValuesLocked(
+    std::map<std::string, PropertyValue> fileValues) const {
+    // Keys written here and not yet flushed win over the file.
+    for (const auto& key : dirtyKeys_) {
+        auto mine = values_.find(key);
+        if (mine != values_.end())
+            fileValues[key] = mine->second;
+        else
+            fileValues.erase(key);
+    }
+    values_ = std::move(fileValues);
+}
+
+void DefaultsSuite::setObject(const std::optional<PropertyValue>& value, const std::string& key) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (value)
+        values_[key] = *value;
+    else
+        values_.erase(key);
+    dirtyKeys_.insert(key);
+}
+
+std::optional<PropertyValue> DefaultsSuite::objectForKey(const std::string& key) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    refreshIfChangedLocked();
+    auto found = values_.find(key);
+    if (found == values_.end())
+        return std::nullopt;
+    return found->second;
+}
+
+bool DefaultsSuite::synchronize() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    std::string error;
+    std::string directory = path_.substr(0, path_.rfind('/'));
+    if (!Paths::makeDirectories(directory, 0700, error)) {
+        Log::write("DefaultsSuite: cannot create the folder for suite [" + suiteName_ +
+                   "]: " + error);
+        return false;
+    }
+    FileLock fileLock(path_ + ".lock");
+    if (!fileLock.locked()) {
+        Log::write("DefaultsSuite: cannot lock suite [" + suiteName_ + "]: " + fileLock.error());
+        return false;
+    }
+
+    // Start from what is on disk now, so other processes' keys survive our write.
+    std::string bytes, reason;
+    PropertyListCodec::Dictionary dict;
+    bool damaged = false, corrupt = false;
+    switch (PropertyListCodec::readFile(path_, bytes, reason)) {
+        case PropertyListCodec::ReadStatus::Missing:
+            break;
+        case PropertyListCodec::ReadStatus::Ok:
+            if (auto parsed = PropertyListCodec::parseDictionary(bytes)) {
+                dict = std::move(*parsed);
+            } else {
+                damaged = corrupt = true;
+                Log::write("DefaultsSuite: " + path_ + " is corrupt; it is replaced.");
+            }
+            break;
+        default:
+            damaged = true;
+            Log::write("DefaultsSuite: cannot read " + path_ + " (" + reason +
+                       "); it is replaced.");
+            break;
+    }
+
+    for (const auto& key : dirtyKeys_) {
+        auto mine = values_.find(key);
+        if (mine != values_.end())
+            dict.set(key, mine->second);
+        else
+            dict.remove(key);
+    }
+
+    bool ok = true;
+    if (!dirtyKeys_.empty() || damaged) {
+        if (corrupt) {
+            // Keep the damaged bytes for inspection instead of destroying them.
+            std::string aside = path_ + ".corrupt";
+            if (::rename(path_.c_str(), aside.c_str()) == 0)
+                Log::write("DefaultsSuite: corrupt file kept as " + aside + ".");
+        }
+        if (replaceFileAtomically(path_, dict.toBinary(), error)) {
+            dirtyKeys_.clear();
+        } else {
+            ok = false;
+            Log::write("DefaultsSuite: cannot write suite [" + suiteName_ + "]: " + error);
+        }
+    }
+    values_ = dict.values();
+    stamp_ = stampOf(path_);
+    return ok;
+}
+
+}  // namespace platform

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "platform/core/PropertyValue.h"
+
+namespace platform {
+
+// A defaults suite shared by an application group: a binary property-list file at
+// ${XDG_CONFIG_HOME:-$HOME/.config}/group-containers/<suite>.plist, mode 0600.
+//
+// Safe to use from any thread. Writes stay in memory until synchronize(), which takes a
+// cross-process lock (flock on "<file>.lock"), merges what other processes wrote to keys this
+// object has not changed, and replaces the file atomically (write to a temporary, fsync, rename).
+// A corrupt or unreadable file is logged and read as empty; it is replaced at the next flush (a
+// corrupt one is first kept beside it as "<file>.corrupt"). objectForKey sees this object's own
+// writes at once, and picks up what other processes flushed when the file has changed.
+class DefaultsSuite {
+  public:
+    // initWithSuiteName: opens (does not create) the suite's file and reads it.
+    explicit DefaultsSuite(const std::string& suiteName);
+
+    // setObject:forKey:; nullopt removes the key.
+    void setObject(const std::optional<PropertyValue>& value, const std::string& key);
+    // objectForKey:
+    std::optional<PropertyValue> objectForKey(const std::string& key) const;
+    // synchronize: reads what others wrote and writes this object's changes. False on failure
+    // (logged).
+    bool synchronize();
+
+    const std::string& suiteName() const { return suiteName_; }
+    // The file backing this suite.
+    const std::string& path() const { return path_; }
+
+    // Where the suite |suiteName| is stored for the current user.
+    // A name that is empty, "." or "..", or holds "/" or control characters is stored under an
+    // escaped file name inside the folder (logged), never outside it.
+    static std::string pathForSuite(const std::string& suiteName);
+
+  private:
+    // Identity of the file as last read, to notice another process's replacement cheaply.
+    struct FileStamp {
+        bool exists = false;
+        unsigned long long device = 0, inode = 0, size = 0;
+        long long mtimeNanoseconds = 0;
+        bool operator==(const FileStamp& o) const {
+            return exists == o.exists && device == o.device && inode == o.inode && size == o.size &&
+                   mtimeNanoseconds == o.mtimeNanoseconds;
+        }
+    };
+    static FileStamp stampOf(const std::string& path);
+    // Re-reads the file when it changed since the last read; keeps this object's unsaved keys.
+    // Caller holds mutex_.
+    void refreshIfChangedLocked() const;
+    void mergeFromFileValuesLocked(std::map<std::string, PropertyValue> fileValues) const;
+
+    mutable std::mutex mutex_;
+    std::string suiteName_;
+    std::string path_;
+    mutable std::map<std::string, PropertyValue> values_;
+    std::set<std::string> dirtyKeys_;
+    mutable FileStamp stamp_;
+};
+
+}  // namespace platform

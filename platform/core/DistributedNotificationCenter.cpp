@@ -1,0 +1,129 @@
+#include "platform/core/DistributedNotificationCenter.h"
+
+#include <QCoreApplication>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QObject>
+#include <QThread>
+
+#include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
+#include "platform/core/SessionBus.h"
+
+namespace platform {
+
+namespace {
+
+const char* const kPath = "/org/parleyapp/DistributedNotification";
+const char* const kInterface = "org.parleyapp.DistributedNotification";
+
+// A bus round trip: messages on one connection are ordered, so once the bus has answered, what
+// was sent before has reached it.
+bool roundTrip(const QDBusConnection& bus) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId");
+    return bus.call(call, QDBus::Block, SessionBus::kTimeoutMilliseconds).type() ==
+           QDBusMessage::ReplyMessage;
+}
+
+}  // namespace
+
+// Receives the bus signal; lives on the main thread, so QtDBus queues delivery there.
+class NotificationReceiver : public QObject {
+    Q_OBJECT
+  public:
+    explicit NotificationReceiver(std::function<void()> handler) : handler_(std::move(handler)) {}
+
+  public slots:
+    void onNotification() {
+        if (handler_)
+            handler_();
+    }
+
+  private:
+    std::function<void()> handler_;
+};
+
+namespace {
+
+class BusObserver : public DistributedNotificationCenter::Observer {
+  public:
+    BusObserver(QDBusConnection bus, QString name, NotificationReceiver* receiver)
+        : bus_(std::move(bus)), name_(std::move(name)), receiver_(receiver) {}
+    ~BusObserver() override {
+        bus_.disconnect(QString(), kPath, kInterface, name_, receiver_, SLOT(onNotification()));
+        if (MainQueue::isMainThread())
+            delete receiver_;
+        else
+            receiver_->deleteLater();
+    }
+
+  private:
+    QDBusConnection bus_;
+    QString name_;
+    NotificationReceiver* receiver_;
+};
+
+}  // namespace
+
+DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
+    static DistributedNotificationCenter center;
+    return center;
+}
+
+bool DistributedNotificationCenter::postNotificationName(const std::string& name,
+                                                         const std::string* /*object*/,
+                                                         const void* /*userInfo*/,
+                                                         bool /*deliverImmediately*/) {
+    if (!SessionBus::isValidMemberName(name)) {
+        Log::write("DistributedNotificationCenter: [" + name +
+                   "] is not a valid notification name; not posted.");
+        return false;
+    }
+    auto bus = SessionBus::connection("posting [" + name + "]");
+    if (!bus)
+        return false;
+    QDBusMessage signal =
+        QDBusMessage::createSignal(kPath, kInterface, QString::fromStdString(name));
+    if (!bus->send(signal)) {
+        Log::write("DistributedNotificationCenter: cannot post [" + name +
+                   "]: " + bus->lastError().message().toStdString());
+        return false;
+    }
+    // Delivered immediately: do not return while the signal may still sit in our queue (the
+    // caller may exit right after).
+    if (!roundTrip(*bus))
+        Log::write("DistributedNotificationCenter: [" + name +
+                   "] queued, but the bus did not confirm in time.");
+    return true;
+}
+
+std::unique_ptr<DistributedNotificationCenter::Observer>
+DistributedNotificationCenter::addObserverForName(const std::string& name,
+                                                  std::function<void()> handler) {
+    if (!SessionBus::isValidMemberName(name)) {
+        Log::write("DistributedNotificationCenter: [" + name +
+                   "] is not a valid notification name; not observed.");
+        return nullptr;
+    }
+    auto bus = SessionBus::connection("observing [" + name + "]");
+    if (!bus)
+        return nullptr;
+    auto* receiver = new NotificationReceiver(std::move(handler));
+    if (QThread::currentThread() != QCoreApplication::instance()->thread())
+        receiver->moveToThread(QCoreApplication::instance()->thread());
+    QString member = QString::fromStdString(name);
+    if (!bus->connect(QString(), kPath, kInterface, member, receiver, SLOT(onNotification()))) {
+        Log::write("DistributedNotificationCenter: cannot observe [" + name +
+                   "]: " + bus->lastError().message().toStdString());
+        delete receiver;
+        return nullptr;
+    }
+    // The match rule is in place once the bus has answered a later call.
+    roundTrip(*bus);
+    return std::make_unique<BusObserver>(*bus, member, receiver);
+}
+
+}  // namespace platform
+
+#include "DistributedNotificationCenter.moc"

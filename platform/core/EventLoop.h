@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+class QCoreApplication;
+
+namespace platform {
+
+// The process's application object and main event loop. Create one on the main thread before
+// any queue or bus use. This one needs no display; a program that shows views creates a
+// DisplayEventLoop instead.
+class EventLoop {
+  public:
+    EventLoop(int& argc, char** argv);
+    virtual ~EventLoop();
+    EventLoop(const EventLoop&) = delete;
+    EventLoop& operator=(const EventLoop&) = delete;
+
+    // Runs the loop until |done| is true (checked after each event) or |timeout| passed.
+    // Returns |done|'s final value.
+    static bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
+    // Runs the loop until no pending work is left: worker-pool tasks, main-queue tasks (delayed
+    // ones included). Returns false when |timeout| passed first.
+    static bool runUntilIdle(std::chrono::milliseconds timeout);
+    // Processes what is queued now, without waiting.
+    static void processEvents();
+
+    // Pending-work accounting used by WorkerPool and MainQueue.
+    static void beginWork();
+    static void endWork();
+    static int pendingWork();
+
+  protected:
+    // For a subclass that makes its own application object: it calls adoptApplication.
+    EventLoop() = default;
+    // Takes ownership of the process's application object and hooks the main queue into it.
+    void adoptApplication(QCoreApplication* application);
+};
+
+}  // namespace platform

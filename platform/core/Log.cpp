@@ -1,0 +1,108 @@
+#include "platform/core/Log.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <mutex>
+
+namespace platform {
+
+struct LogCapture::State {
+    mutable std::mutex mutex;
+    std::vector<std::string> lines;
+};
+
+namespace {
+
+// Captures register here; Log::write appends to every live one.
+std::mutex& capturesMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+// Never destroyed: worker threads may still log while the process exits.
+std::vector<LogCapture*>& captures() {
+    static auto* list = new std::vector<LogCapture*>;
+    return *list;
+}
+
+void openSyslogOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] { openlog(program_invocation_short_name, LOG_PID, LOG_USER); });
+}
+
+// "2024-05-01 12:00:00.123 name[pid:tid] " like the system log's own console format.
+std::string stderrPrefix() {
+    using namespace std::chrono;
+    auto now = system_clock::now();
+    std::time_t seconds = system_clock::to_time_t(now);
+    auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char stamp[64];
+    size_t n = std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+    char rest[64];
+    std::snprintf(rest, sizeof rest, ".%03d ", static_cast<int>(millis));
+    return std::string(stamp, n) + rest + program_invocation_short_name + "[" +
+           std::to_string(getpid()) + ":" + std::to_string(gettid()) + "] ";
+}
+
+void writeAll(int fd, const std::string& text) {
+    size_t done = 0;
+    while (done < text.size()) {
+        ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return;  // nowhere to report a failing stderr
+        done += static_cast<size_t>(n);
+    }
+}
+
+}  // namespace
+
+void Log::write(const std::string& line) {
+    openSyslogOnce();
+    syslog(LOG_NOTICE, "%s", line.c_str());
+    // One write() per line so that lines from several threads do not interleave.
+    writeAll(STDERR_FILENO, stderrPrefix() + line + "\n");
+
+    std::lock_guard<std::mutex> lock(capturesMutex());
+    for (LogCapture* capture : captures())
+        capture->append(line);
+}
+
+LogCapture::LogCapture() : state_(new State) {
+    std::lock_guard<std::mutex> lock(capturesMutex());
+    captures().push_back(this);
+}
+
+LogCapture::~LogCapture() {
+    {
+        std::lock_guard<std::mutex> lock(capturesMutex());
+        auto& list = captures();
+        list.erase(std::remove(list.begin(), list.end(), this), list.end());
+    }
+    delete state_;
+}
+
+std::vector<std::string> LogCapture::lines() const {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->lines;
+}
+
+size_t LogCapture::count(const std::string& line) const {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return static_cast<size_t>(std::count(state_->lines.begin(), state_->lines.end(), line));
+}
+
+void LogCapture::append(const std::string& line) {
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    state_->lines.push_back(line);
+}
+
+}  // namespace platform

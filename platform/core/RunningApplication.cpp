@@ -1,0 +1,66 @@
+#include "platform/core/RunningApplication.h"
+
+#include <QDBusMessage>
+#include <QVariant>
+
+#include "platform/core/Log.h"
+#include "platform/core/SessionBus.h"
+
+namespace platform {
+
+namespace {
+
+QDBusMessage busDriverCall(const char* method) {
+    return QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                          "org.freedesktop.DBus", method);
+}
+
+}  // namespace
+
+std::vector<RunningApplication> RunningApplication::runningApplicationsWithBundleIdentifier(
+    const std::string& bundleIdentifier) {
+    if (!SessionBus::isValidBusName(bundleIdentifier))
+        return {};
+    auto bus = SessionBus::connection("finding [" + bundleIdentifier + "]");
+    if (!bus)
+        return {};
+    QDBusMessage call = busDriverCall("NameHasOwner");
+    call << QString::fromStdString(bundleIdentifier);
+    QDBusMessage reply = bus->call(call, QDBus::Block, SessionBus::kTimeoutMilliseconds);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        Log::write("RunningApplication: cannot ask the bus for [" + bundleIdentifier +
+                   "]: " + reply.errorMessage().toStdString());
+        return {};
+    }
+    if (!reply.arguments().first().toBool())
+        return {};
+    return {RunningApplication(bundleIdentifier)};
+}
+
+bool RunningApplication::registerAsRunning(const std::string& bundleIdentifier) {
+    if (!SessionBus::isValidBusName(bundleIdentifier)) {
+        Log::write("RunningApplication: [" + bundleIdentifier + "] is not a valid bus name.");
+        return false;
+    }
+    auto bus = SessionBus::connection("registering [" + bundleIdentifier + "]");
+    if (!bus)
+        return false;
+    constexpr uint kDoNotQueue = 4;
+    constexpr uint kPrimaryOwner = 1, kAlreadyOwner = 4;
+    QDBusMessage call = busDriverCall("RequestName");
+    call << QString::fromStdString(bundleIdentifier) << kDoNotQueue;
+    QDBusMessage reply = bus->call(call, QDBus::Block, 4 * SessionBus::kTimeoutMilliseconds);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        Log::write("RunningApplication: cannot claim [" + bundleIdentifier +
+                   "]: " + reply.errorMessage().toStdString());
+        return false;
+    }
+    uint result = reply.arguments().first().toUInt();
+    if (result != kPrimaryOwner && result != kAlreadyOwner) {
+        Log::write("RunningApplication: [" + bundleIdentifier + "] is owned by another process.");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace platform

@@ -1,0 +1,130 @@
+#include "platform/core/Workspace.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/core/Bundle.h"
+#include "platform/core/Log.h"
+
+namespace platform {
+
+namespace {
+
+// In the forked children only async-signal-safe calls are made: the parent prepares every
+// string beforehand.
+[[noreturn]] void execDetached(const char* executable, int statusFd) {
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    for (int sig : {SIGPIPE, SIGCHLD, SIGINT, SIGTERM, SIGHUP})
+        signal(sig, SIG_DFL);
+    int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (null >= 0) {
+        dup2(null, STDIN_FILENO);
+        dup2(null, STDOUT_FILENO);
+    }
+    // stderr stays inherited: the launched application's log lines then go where ours go.
+    if (chdir("/") != 0) {
+    }
+    char* const argv[] = {const_cast<char*>(executable), nullptr};
+    execv(executable, argv);
+    int error = errno;
+    ssize_t ignored = ::write(statusFd, &error, sizeof error);
+    (void)ignored;
+    _exit(127);
+}
+
+}  // namespace
+
+Workspace& Workspace::sharedWorkspace() {
+    static Workspace workspace;
+    return workspace;
+}
+
+std::string Workspace::resolveApplicationPath(const std::string& path) {
+    const std::string prefix = "/Applications";
+    const char* override = std::getenv("PARLEY_APPLICATIONS_DIR");
+    if (!override || !*override)
+        return path;
+    if (path.compare(0, prefix.size(), prefix) != 0)
+        return path;
+    if (path.size() > prefix.size() && path[prefix.size()] != '/')
+        return path;  // "/ApplicationsX"
+    return override + path.substr(prefix.size());
+}
+
+bool Workspace::launchApplication(const std::string& path) {
+    std::string resolved = resolveApplicationPath(path);
+    struct stat st {};
+    if (::stat(resolved.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        Log::write("Workspace: no application at [" + resolved + "].");
+        return false;
+    }
+    Bundle bundle(resolved);
+    auto name = bundle.objectForInfoDictionaryKey("CFBundleExecutable");
+    const std::string* executableName = name ? std::get_if<std::string>(&*name) : nullptr;
+    if (!executableName || executableName->empty() ||
+        executableName->find('/') != std::string::npos || *executableName == "." ||
+        *executableName == "..") {
+        Log::write("Workspace: [" + resolved + "] names no executable (CFBundleExecutable).");
+        return false;
+    }
+    std::string executable = resolved + "/Contents/MacOS/" + *executableName;
+    if (::stat(executable.c_str(), &st) != 0 || !S_ISREG(st.st_mode) ||
+        ::access(executable.c_str(), X_OK) != 0) {
+        Log::write("Workspace: [" + executable + "] is not an executable file.");
+        return false;
+    }
+
+    // The exec status comes back through a close-on-exec pipe: EOF means the exec succeeded.
+    int status[2];
+    if (::pipe2(status, O_CLOEXEC) != 0) {
+        Log::write(std::string("Workspace: cannot launch: ") + std::strerror(errno));
+        return false;
+    }
+    pid_t child = ::fork();
+    if (child < 0) {
+        Log::write(std::string("Workspace: cannot launch: ") + std::strerror(errno));
+        ::close(status[0]);
+        ::close(status[1]);
+        return false;
+    }
+    if (child == 0) {
+        // Double fork: the grandchild is adopted by init (or a subreaper), never our zombie.
+        ::close(status[0]);
+        setsid();
+        pid_t grandchild = ::fork();
+        if (grandchild < 0) {
+            int error = errno;
+            ssize_t ignored = ::write(status[1], &error, sizeof error);
+            (void)ignored;
+            _exit(1);
+        }
+        if (grandchild == 0)
+            execDetached(executable.c_str(), status[1]);
+        _exit(0);
+    }
+    ::close(status[1]);
+    int childStatus = 0;
+    while (::waitpid(child, &childStatus, 0) < 0 && errno == EINTR) {
+    }
+    int execError = 0;
+    ssize_t n;
+    while ((n = ::read(status[0], &execError, sizeof execError)) < 0 && errno == EINTR) {
+    }
+    ::close(status[0]);
+    if (n > 0) {
+        Log::write("Workspace: cannot start [" + executable + "]: " + std::strerror(execError));
+        return false;
+    }
+    return true;
+}
+
+}  // namespace platform

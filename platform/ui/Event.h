@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/ui/Geometry.h"
+
+namespace platform {
+
+enum class EventType {
+    LeftMouseDown,
+    LeftMouseUp,
+    LeftMouseDragged,
+    RightMouseDown,
+    RightMouseUp,
+    MouseMoved,
+    MouseEntered,
+    MouseExited,
+    KeyDown,
+    KeyUp,
+    Magnify,
+    SmartMagnify,
+};
+
+// NSEventModifierFlags
+enum ModifierFlags : uint64_t {
+    NSEventModifierFlagShift = 1 << 17,
+    NSEventModifierFlagControl = 1 << 18,
+    NSEventModifierFlagOption = 1 << 19,
+    NSEventModifierFlagCommand = 1 << 20,
+};
+
+// Virtual key codes of the keys we name.
+enum KeyCode : uint16_t {
+    kVK_Return = 36,
+    kVK_Tab = 48,
+    kVK_Delete = 51,
+    kVK_Escape = 53,
+    kVK_ANSI_KeypadEnter = 76,
+    kVK_LeftArrow = 123,
+    kVK_RightArrow = 124,
+    kVK_DownArrow = 125,
+    kVK_UpArrow = 126,
+};
+
+// An input event. Immutable once made.
+class Event {
+  public:
+    static std::shared_ptr<Event> mouseEvent(EventType type,
+                                             Point locationInWindow,
+                                             int clickCount,
+                                             uint64_t modifierFlags = 0,
+                                             double timestamp = 0,
+                                             int windowNumber = 0);
+    static std::shared_ptr<Event> keyEvent(EventType type,
+                                           uint16_t keyCode,
+                                           const std::string& characters,
+                                           uint64_t modifierFlags = 0,
+                                           double timestamp = 0,
+                                           int windowNumber = 0);
+    static std::shared_ptr<Event> magnifyEvent(EventType type,
+                                               Point locationInWindow,
+                                               double magnification,
+                                               double timestamp = 0);
+
+    EventType type() const { return type_; }
+    // In the window's base coordinates (bottom-left origin, y up, points).
+    Point locationInWindow() const { return location_; }
+    int clickCount() const { return clickCount_; }
+    uint16_t keyCode() const { return keyCode_; }
+    const std::string& characters() const { return characters_; }
+    uint64_t modifierFlags() const { return modifierFlags_; }
+    double timestamp() const { return timestamp_; }
+    double magnification() const { return magnification_; }
+    int windowNumber() const { return windowNumber_; }
+
+  private:
+    Event() = default;
+    EventType type_ = EventType::MouseMoved;
+    Point location_;
+    int clickCount_ = 0;
+    uint16_t keyCode_ = 0;
+    std::string characters_;
+    uint64_t modifierFlags_ = 0;
+    double timestamp_ = 0;
+    double magnification_ = 0;
+    int windowNumber_ = 0;
+};
+
+using EventPtr = std::shared_ptr<Event>;
+
+}  // namespace platform

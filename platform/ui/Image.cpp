@@ -1,0 +1,197 @@
+#include "platform/ui/Image.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <cmath>
+
+#include "platform/core/Bundle.h"
+#include "platform/core/Log.h"
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/GraphicsContext.h"
+
+namespace platform {
+
+// What an image draws from. Exactly one of the members is in use.
+struct Image::Source {
+    QByteArray svg;          // vector: rendered at draw time at the device's scale
+    QImage raster;           // the 1x pixels of a PNG/JPEG
+    QImage raster2x;         // the @2x pixels when a variant exists
+    DrawingHandler handler;  // called at every drawing
+    std::shared_ptr<const Bitmap> bitmap;
+};
+
+namespace {
+
+bool looksLikeSvg(const QString& path, const QByteArray& head) {
+    QString suffix = QFileInfo(path).suffix().toLower();
+    return suffix == "svg" || (suffix.isEmpty() && head.contains("<svg"));
+}
+
+QImage readRaster(const QString& path) {
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    QImage image = reader.read();
+    if (image.isNull())
+        return image;
+    return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+// "dir/name.png" -> "dir/name@2x.png"
+QString variantPath(const QString& path) {
+    QFileInfo info(path);
+    QString suffix = info.suffix();
+    QString base = suffix.isEmpty() ? path : path.left(path.size() - suffix.size() - 1);
+    return base + "@2x" + (suffix.isEmpty() ? QString() : "." + suffix);
+}
+
+}  // namespace
+
+Image::Image() : source_(std::make_shared<Source>()) {}
+
+Image::~Image() = default;
+
+std::shared_ptr<Image> Image::imageNamed(const std::string& name) {
+    std::shared_ptr<Bundle> bundle = Bundle::mainBundle();
+    return bundle ? imageNamed(name, *bundle) : nullptr;
+}
+
+std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& bundle) {
+    // A vector picture is sharp at every scale, so it wins over a raster one.
+    for (const char* extension : {"svg", "png"}) {
+        if (auto file = bundle.pathForResource(name, extension)) {
+            auto image = imageWithContentsOfFile(*file);
+            if (!image) {
+                Log::write("Bundle: image " + *file + " cannot be read.");
+                continue;
+            }
+            image->setName(name);
+            return image;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
+    QString qpath = QString::fromStdString(path);
+    std::shared_ptr<Image> image(new Image);
+    QFile file(qpath);
+    QByteArray head;
+    if (file.open(QIODevice::ReadOnly))
+        head = file.peek(1024);
+
+    if (looksLikeSvg(qpath, head)) {
+        file.seek(0);
+        QByteArray data = file.readAll();
+        QSvgRenderer renderer(data);
+        if (!renderer.isValid()) {
+            Log::write("Image: cannot read SVG " + path);
+            return nullptr;
+        }
+        QSizeF size = renderer.defaultSize();
+        image->source_->svg = data;
+        image->size_ = {size.width(), size.height()};
+        return image;
+    }
+
+    QString variant = variantPath(qpath);
+    image->source_->raster = readRaster(qpath);
+    if (QFileInfo(qpath).completeBaseName().endsWith("@2x")) {
+        // A 2x file named directly: its points are half its pixels.
+        image->source_->raster2x = image->source_->raster;
+        image->source_->raster = QImage();
+    } else if (QFileInfo::exists(variant)) {
+        image->source_->raster2x = readRaster(variant);
+    }
+    const QImage& any =
+        image->source_->raster.isNull() ? image->source_->raster2x : image->source_->raster;
+    if (any.isNull()) {
+        Log::write("Image: cannot read " + path);
+        return nullptr;
+    }
+    if (!image->source_->raster.isNull())
+        image->size_ = {double(any.width()), double(any.height())};
+    else
+        image->size_ = {any.width() / 2.0, any.height() / 2.0};
+    return image;
+}
+
+std::shared_ptr<Image> Image::imageWithSize(Size size, bool flipped, DrawingHandler handler) {
+    std::shared_ptr<Image> image(new Image);
+    image->size_ = size;
+    image->flipped_ = flipped;
+    image->source_->handler = std::move(handler);
+    return image;
+}
+
+std::shared_ptr<Image> Image::imageWithBitmap(std::shared_ptr<const Bitmap> bitmap) {
+    if (!bitmap)
+        return nullptr;
+    std::shared_ptr<Image> image(new Image);
+    image->size_ = {bitmap->pixelWidth() / bitmap->scale(),
+                    bitmap->pixelHeight() / bitmap->scale()};
+    image->source_->bitmap = std::move(bitmap);
+    return image;
+}
+
+void Image::drawInRect(const Rect& rect, double fraction) const {
+    GraphicsContext* context = GraphicsContext::currentContext();
+    if (!context || rect.isEmpty() || fraction <= 0)
+        return;
+    const Source& source = *source_;
+
+    if (source.handler) {
+        // The handler draws in the image's own coordinates, mapped onto |rect|.
+        context->saveGraphicsState();
+        context->setAlpha(context->alpha() * std::min(fraction, 1.0));
+        context->translateBy(rect.origin.x, rect.origin.y);
+        Rect own = NSMakeRect(0, 0, size_.width, size_.height);
+        if (size_.width > 0 && size_.height > 0)
+            context->painter().scale(rect.size.width / size_.width,
+                                     rect.size.height / size_.height);
+        else
+            own = NSMakeRect(0, 0, rect.size.width, rect.size.height);
+        if (flipped_) {
+            context->translateBy(0, own.size.height);
+            context->painter().scale(1, -1);
+        }
+        source.handler(own);
+        context->restoreGraphicsState();
+        return;
+    }
+
+    double pixelsPerPoint = context->toDeviceSpace(rect).size.width / rect.size.width;
+    const QImage* pixels = nullptr;
+    if (source.bitmap)
+        pixels = &source.bitmap->qimage();
+    else if (!source.raster2x.isNull() && (pixelsPerPoint > 1.0 || source.raster.isNull()))
+        pixels = &source.raster2x;
+    else if (!source.raster.isNull())
+        pixels = &source.raster;
+
+    context->paint([&](QPainter& painter) {
+        painter.save();
+        GraphicsContext::applyTopDownTransform(painter, rect);
+        painter.setOpacity(painter.opacity() * std::min(fraction, 1.0));
+        QRectF target(0, 0, rect.size.width, rect.size.height);
+        if (!source.svg.isEmpty()) {
+            // Rendered as vectors through the painter's transform: sharp at any scale.
+            QSvgRenderer renderer(source.svg);
+            renderer.render(&painter, target);
+        } else if (pixels) {
+            painter.drawImage(target, *pixels);
+        }
+        painter.restore();
+    });
+}
+
+std::shared_ptr<Bitmap> Image::bitmapAtScale(double scale) const {
+    return Bitmap::drawn(size_, scale, [this](GraphicsContext&) {
+        drawInRect(NSMakeRect(0, 0, size_.width, size_.height), 1.0);
+    });
+}
+
+}  // namespace platform

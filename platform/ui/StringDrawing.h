@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/ui/Color.h"
+#include "platform/ui/Font.h"
+#include "platform/ui/Geometry.h"
+
+namespace platform {
+
+// NSStringDrawingOptions
+enum StringDrawingOptions : unsigned {
+    NSStringDrawingUsesLineFragmentOrigin = 1 << 0,
+    NSStringDrawingUsesFontLeading = 1 << 1,
+};
+
+// The attributes of a run of text (NSFontAttributeName, NSForegroundColorAttributeName).
+struct TextAttributes {
+    FontPtr font;              // nullptr: the system font at its default size
+    ColorPtr foregroundColor;  // nullptr: black
+};
+
+// boundingRectWithSize:options:attributes: of |text| laid out by Qt's text engine within
+// |size| (wrapping at word boundaries when the width limits it). UTF-8 text.
+Rect boundingRectWithSize(const std::string& text,
+                          Size size,
+                          unsigned options,
+                          const TextAttributes& attributes);
+
+// Draws |text| in |rect| of the current graphics context (y-up user space, points), lines placed
+// from the top of |rect|. |alignment| takes TextAlignment values (Left 0, Right 1, Center 2,
+// Justified 3, Natural 4: natural is left here); |lineBreakMode| takes LineBreakMode values
+// (word wrapping 0 and char wrapping 1 wrap onto more lines; clipping 2, truncating head 3, tail
+// 4 and middle 5 keep one line, the truncating modes ending it with an ellipsis). Drawing is
+// clipped to |rect|. Does nothing without a current context.
+void drawStringInRect(const std::string& text,
+                      const Rect& rect,
+                      const TextAttributes& attributes,
+                      int alignment,
+                      int lineBreakMode);
+
+// The rectangle that |text| wrapped at word boundaries to |width| occupies (lines of
+// ascent + descent + leading), origin (0, 0); the width is the widest line's advance. Empty text
+// gives a zero size. For a text view's layout manager.
+Size usedSizeForText(const std::string& text, double width, const TextAttributes& attributes);
+
+// Byte offset (UTF-8) of the character boundary nearest |point| in |text| laid out as by
+// usedSizeForText, |point| measured from the top-left of the text, y growing downward.
+size_t characterIndexForPointInText(const std::string& text,
+                                    double width,
+                                    const TextAttributes& attributes,
+                                    Point point);
+
+// The caret's rectangle before the character at byte offset |index| of |text| laid out as by
+// usedSizeForText (top-left origin, y downward; width 0, the line's height).
+Rect caretRectInText(const std::string& text,
+                     double width,
+                     const TextAttributes& attributes,
+                     size_t index);
+// One rectangle per line that the byte range [location, location + length) covers, in the same
+// space as caretRectInText.
+std::vector<Rect> selectionRectsInText(const std::string& text,
+                                       double width,
+                                       const TextAttributes& attributes,
+                                       size_t location,
+                                       size_t length);
+
+}  // namespace platform

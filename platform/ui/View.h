@@ -1,0 +1,124 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ui/Geometry.h"
+#include "platform/ui/Layer.h"
+#include "platform/ui/Responder.h"
+
+namespace platform {
+
+class Window;
+class GraphicsContext;
+
+// A view in a retained tree, with AppKit semantics. Main thread only (asserted in debug builds).
+//
+// frame is in the superview's coordinates, bounds in the view's own; both spaces have the origin
+// at the bottom-left corner and y growing upward (views are never flipped). Subviews are kept in
+// order; a later subview draws above an earlier one and is hit first. Drawing order of one view:
+// its layer (background, rounded when asked), drawRect, then the subviews, each clipped to its
+// parent's bounds (and to the rounded layer when masksToBounds is set), at the view's alpha.
+class View : public Responder, public std::enable_shared_from_this<View> {
+  public:
+    // initWithFrame:
+    explicit View(const Rect& frame = NSZeroRect);
+    ~View() override;
+    View(const View&) = delete;
+    View& operator=(const View&) = delete;
+
+    virtual std::string className() const { return "NSView"; }
+
+    // --- Geometry -----------------------------------------------------------------------------
+    const Rect& frame() const { return frame_; }
+    virtual void setFrame(const Rect& frame);
+    virtual void setFrameOrigin(Point origin);
+    virtual void setFrameSize(Size size);
+    // Origin (0, 0), the frame's size.
+    Rect bounds() const { return {{0, 0}, frame_.size}; }
+    bool isFlipped() const { return false; }
+
+    // |point| is in |view|'s coordinates (the window's when |view| is nullptr); the result in
+    // this view's.
+    Point convertPoint(Point point, const View* fromView) const;
+    // |point| is in this view's coordinates; the result in |view|'s (the window's when nullptr).
+    Point convertPointToView(Point point, const View* toView) const;
+    Rect convertRect(const Rect& rect, const View* fromView) const;
+    Rect convertRectToView(const Rect& rect, const View* toView) const;
+
+    // --- Tree ---------------------------------------------------------------------------------
+    void addSubview(std::shared_ptr<View> view);
+    void removeFromSuperview();
+    const std::vector<std::shared_ptr<View>>& subviews() const { return subviews_; }
+    View* superview() const { return superview_; }
+    Window* window() const { return window_; }
+    bool isDescendantOf(const View* view) const;
+
+    // |point| is in the superview's coordinates. The deepest visible view under the point,
+    // searching subviews back to front (the last added first); hidden views and their subtrees
+    // are skipped. nullptr when the point is outside this view.
+    virtual View* hitTest(Point point);
+
+    // --- Display ------------------------------------------------------------------------------
+    bool isHidden() const { return hidden_; }
+    void setHidden(bool hidden);
+    double alphaValue() const { return alpha_; }
+    void setAlphaValue(double alpha);
+    bool needsDisplay() const { return needsDisplay_; }
+    // Marks the view for redrawing; the window repaints at its next turn.
+    void setNeedsDisplay(bool needsDisplay);
+
+    bool wantsLayer() const { return wantsLayer_; }
+    // YES gives the view a backing layer (made on first need; a layer given to setLayer before
+    // is the one kept). The layer is drawn only while the view wants one.
+    void setWantsLayer(bool wantsLayer);
+    // nullptr until the view wants a layer or is given one.
+    Layer* layer() const { return layer_.get(); }
+    void setLayer(std::shared_ptr<Layer> layer);
+
+    // Draws the view's own content; |dirtyRect| is in the view's coordinates. The current
+    // graphics context's coordinates are this view's. The default draws nothing.
+    virtual void drawRect(const Rect& dirtyRect);
+
+    // The responder chain: the superview, then the window.
+    Responder* nextResponder() const override;
+
+    // Auto layout's notion of a natural size; (-1, -1) means none.
+    virtual Size intrinsicContentSize() const { return {-1, -1}; }
+    virtual void invalidateIntrinsicContentSize() {}
+
+    // Platform internals: draws this view and its subtree into |context|, whose current
+    // coordinates are this view's superview's.
+    void displayInContext(GraphicsContext& context);
+    // Called by Window when the view joins or leaves one; applies to the whole subtree.
+    void setWindow(Window* window);
+
+  protected:
+    // Called after the frame changed through any setter.
+    virtual void frameDidChange() {}
+    // Called after the view (or an ancestor) joined or left a window.
+    virtual void viewDidMoveToWindow() {}
+    // Draws a focus ring, if the view shows one. Runs after the view and its subviews drew, in
+    // the view's coordinates but without the clip to its bounds, since a ring lies outside them.
+    virtual void drawFocusRing(GraphicsContext& context);
+
+  private:
+    // Sum of the frame origins from this view up to the root of its tree: the offset from this
+    // view's coordinates to the base space (the window's, for a view in a window).
+    Point offsetToBase() const;
+
+    Rect frame_;
+    View* superview_ = nullptr;
+    Window* window_ = nullptr;
+    std::vector<std::shared_ptr<View>> subviews_;
+    bool hidden_ = false;
+    double alpha_ = 1.0;
+    bool needsDisplay_ = true;
+    bool wantsLayer_ = false;
+    std::shared_ptr<Layer> layer_;
+};
+
+using ViewPtr = std::shared_ptr<View>;
+
+}  // namespace platform

@@ -1,0 +1,447 @@
+#include "platform/ui/Window.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QRasterWindow>
+#include <QScreen>
+#include <QStyleHints>
+#include <cmath>
+
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/DisplayEventLoop.h"
+#include "platform/ui/GraphicsContext.h"
+#include "platform/ui/View.h"
+
+namespace platform {
+
+namespace {
+
+int nextWindowNumber = 1;
+
+// The desktop's window background, under a content view that leaves pixels transparent.
+const QColor kWindowBackground(0xEC, 0xEC, 0xEC);
+
+uint64_t modifierFlagsOf(Qt::KeyboardModifiers modifiers) {
+    uint64_t flags = 0;
+    if (modifiers & Qt::ShiftModifier)
+        flags |= NSEventModifierFlagShift;
+    if (modifiers & Qt::ControlModifier)
+        flags |= NSEventModifierFlagControl;
+    if (modifiers & Qt::AltModifier)
+        flags |= NSEventModifierFlagOption;
+    if (modifiers & Qt::MetaModifier)
+        flags |= NSEventModifierFlagCommand;
+    return flags;
+}
+
+// Qt's key to the platform's virtual key code (ANSI layout); 0 for keys we do not name, whose
+// meaning then travels in the event's characters.
+uint16_t virtualKeyCodeOf(int key) {
+    switch (key) {
+        case Qt::Key_Escape:
+            return kVK_Escape;
+        case Qt::Key_Return:
+            return kVK_Return;
+        case Qt::Key_Enter:
+            return kVK_ANSI_KeypadEnter;
+        case Qt::Key_Left:
+            return kVK_LeftArrow;
+        case Qt::Key_Right:
+            return kVK_RightArrow;
+        case Qt::Key_Down:
+            return kVK_DownArrow;
+        case Qt::Key_Up:
+            return kVK_UpArrow;
+        case Qt::Key_Backspace:
+            return kVK_Delete;
+        case Qt::Key_Tab:
+            return kVK_Tab;
+        case Qt::Key_Space:
+            return 49;
+        case Qt::Key_Delete:
+            return 117;
+        case Qt::Key_Home:
+            return 115;
+        case Qt::Key_End:
+            return 119;
+        case Qt::Key_PageUp:
+            return 116;
+        case Qt::Key_PageDown:
+            return 121;
+        default:
+            break;
+    }
+    if (key >= Qt::Key_A && key <= Qt::Key_Z) {
+        static const uint16_t letters[26] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
+                                             45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
+        return letters[key - Qt::Key_A];
+    }
+    if (key >= Qt::Key_0 && key <= Qt::Key_9) {
+        static const uint16_t digits[10] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
+        return digits[key - Qt::Key_0];
+    }
+    return 0;
+}
+
+}  // namespace
+
+// The window on a display: paints the content view and turns Qt's input into our events.
+class NativeWindow : public QRasterWindow {
+  public:
+    explicit NativeWindow(platform::Window* owner) : owner_(owner) {}
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        const double scale = devicePixelRatio();
+        const int pixelWidth = static_cast<int>(std::ceil(width() * scale));
+        const int pixelHeight = static_cast<int>(std::ceil(height() * scale));
+        // Drawn at device pixels into an image of its own, so the toolkit sees the true
+        // backing scale; the window then shows the image at its device pixel ratio.
+        QImage image(pixelWidth, pixelHeight, QImage::Format_ARGB32_Premultiplied);
+        image.fill(kWindowBackground);
+        if (const auto& content = owner_->contentView()) {
+            QPainter imagePainter(&image);
+            GraphicsContext context(&imagePainter, height(), scale);
+            content->displayInContext(context);
+        }
+        image.setDevicePixelRatio(scale);
+        QPainter painter(this);
+        painter.drawImage(QPointF(0, 0), image);
+    }
+
+    void mousePressEvent(QMouseEvent* event) override {
+        lastPressTimestamp_ = event->timestamp();
+        const EventType type = pressTypeOf(event->button());
+        if (type == EventType::MouseMoved)
+            return;
+        deliverMouse(type, event, countClick(event));
+    }
+
+    // Qt reports the second press of a double click as a double-click event, with or without a
+    // press before it. Our click count is our own; this counts as a press only when no press
+    // with the same timestamp was just delivered.
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        if (event->timestamp() == lastPressTimestamp_)
+            return;
+        mousePressEvent(event);
+    }
+
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        EventType type = EventType::MouseMoved;
+        if (event->button() == Qt::LeftButton)
+            type = EventType::LeftMouseUp;
+        if (event->button() == Qt::RightButton)
+            type = EventType::RightMouseUp;
+        if (type == EventType::MouseMoved)
+            return;
+        deliverMouse(type, event, clickCount_);
+    }
+
+    void mouseMoveEvent(QMouseEvent* event) override {
+        const bool dragging = event->buttons() & Qt::LeftButton;
+        deliverMouse(dragging ? EventType::LeftMouseDragged : EventType::MouseMoved, event,
+                     dragging ? clickCount_ : 0);
+    }
+
+    void keyPressEvent(QKeyEvent* event) override { deliverKey(EventType::KeyDown, event); }
+    void keyReleaseEvent(QKeyEvent* event) override { deliverKey(EventType::KeyUp, event); }
+
+    void hideEvent(QHideEvent* event) override {
+        QRasterWindow::hideEvent(event);
+        owner_->nativeWindowHidden();
+    }
+
+  private:
+    static EventType pressTypeOf(Qt::MouseButton button) {
+        if (button == Qt::LeftButton)
+            return EventType::LeftMouseDown;
+        if (button == Qt::RightButton)
+            return EventType::RightMouseDown;
+        return EventType::MouseMoved;
+    }
+
+    // Qt's position (top-left origin, y down) in the window's base coordinates (bottom-left
+    // origin, y up): the one place the two meet for input.
+    Point baseLocationOf(const QPointF& position) const {
+        return {position.x(), height() - position.y()};
+    }
+
+    int countClick(const QMouseEvent* event) {
+        const QStyleHints* hints = QGuiApplication::styleHints();
+        const QPointF position = event->position();
+        const bool quick = clickCount_ > 0 && event->button() == lastButton_ &&
+                           event->timestamp() - lastClickTimestamp_ <=
+                               static_cast<quint64>(hints->mouseDoubleClickInterval());
+        const bool near =
+            (position - lastClickPosition_).manhattanLength() <= hints->mouseDoubleClickDistance();
+        clickCount_ = quick && near ? clickCount_ + 1 : 1;
+        lastButton_ = event->button();
+        lastClickTimestamp_ = event->timestamp();
+        lastClickPosition_ = position;
+        return clickCount_;
+    }
+
+    void deliverMouse(EventType type, const QMouseEvent* event, int clickCount) {
+        const auto ours = Event::mouseEvent(type, baseLocationOf(event->position()), clickCount,
+                                            modifierFlagsOf(event->modifiers()),
+                                            event->timestamp() / 1000.0, owner_->windowNumber());
+        owner_->sendEvent(*ours);
+    }
+
+    void deliverKey(EventType type, const QKeyEvent* event) {
+        const auto ours =
+            Event::keyEvent(type, virtualKeyCodeOf(event->key()), event->text().toStdString(),
+                            modifierFlagsOf(event->modifiers()), event->timestamp() / 1000.0,
+                            owner_->windowNumber());
+        owner_->sendEvent(*ours);
+    }
+
+    // The name Window alone is QSurface's enum value inside a QWindow.
+    platform::Window* owner_;
+    int clickCount_ = 0;
+    Qt::MouseButton lastButton_ = Qt::NoButton;
+    quint64 lastClickTimestamp_ = 0;
+    quint64 lastPressTimestamp_ = ~quint64(0);
+    QPointF lastClickPosition_;
+};
+
+struct Window::Native {
+    std::unique_ptr<NativeWindow> window;  // made when first shown on a display
+    double scaleOverride = 0;
+};
+
+Window::Window(const Rect& contentRect, const std::string& title)
+    : native_(std::make_unique<Native>()),
+      firstResponder_(this),
+      frame_(contentRect),
+      windowNumber_(nextWindowNumber++),
+      title_(title) {}
+
+Window::~Window() {
+    native_->window.reset();
+    if (contentView_)
+        contentView_->setWindow(nullptr);
+}
+
+void Window::setContentView(std::shared_ptr<View> view) {
+    if (view == contentView_)
+        return;
+    if (contentView_)
+        contentView_->setWindow(nullptr);
+    contentView_ = std::move(view);
+    if (contentView_) {
+        contentView_->removeFromSuperview();
+        contentView_->setFrame({{0, 0}, frame_.size});
+        contentView_->setWindow(this);
+    }
+    viewNeedsDisplay();
+}
+
+void Window::sendEvent(const Event& event) {
+    dispatchEvent(event);
+    // Layer changes (a row's tint, say) mark nothing dirty themselves; like a layer transaction,
+    // what an event handler changed shows when the event's turn ends.
+    viewNeedsDisplay();
+}
+
+void Window::dispatchEvent(const Event& event) {
+    const EventType type = event.type();
+    if (type != EventType::KeyDown && type != EventType::KeyUp)
+        mouseLocation_ = event.locationInWindow();
+
+    // The view under the pointer, held strongly while it handles the event.
+    auto hitView = [this, &event]() -> std::shared_ptr<View> {
+        if (!contentView_)
+            return nullptr;
+        View* hit = contentView_->hitTest(event.locationInWindow());
+        return hit ? hit->weak_from_this().lock() : nullptr;
+    };
+
+    switch (type) {
+        case EventType::LeftMouseDown: {
+            std::shared_ptr<View> target = hitView();
+            mouseDownViewRef_ = target;
+            if (!target) {
+                mouseDown(event);
+                return;
+            }
+            if (target->acceptsFirstResponder())
+                makeFirstResponder(target.get());
+            target->mouseDown(event);
+            return;
+        }
+        case EventType::LeftMouseDragged: {
+            if (std::shared_ptr<View> target = mouseDownViewRef_.lock())
+                target->mouseDragged(event);
+            return;
+        }
+        case EventType::LeftMouseUp: {
+            std::shared_ptr<View> target = mouseDownViewRef_.lock();
+            mouseDownViewRef_.reset();
+            if (!target)
+                target = hitView();
+            if (target)
+                target->mouseUp(event);
+            else
+                mouseUp(event);
+            return;
+        }
+        case EventType::KeyDown:
+        case EventType::KeyUp: {
+            Responder* target = firstResponder_ ? firstResponder_ : this;
+            if (type == EventType::KeyDown)
+                target->keyDown(event);
+            else
+                target->keyUp(event);
+            return;
+        }
+        default:
+            break;
+    }
+
+    std::shared_ptr<View> target = hitView();
+    Responder* responder = target ? static_cast<Responder*>(target.get()) : this;
+    switch (type) {
+        case EventType::RightMouseDown:
+            responder->rightMouseDown(event);
+            break;
+        case EventType::RightMouseUp:
+            responder->rightMouseUp(event);
+            break;
+        case EventType::MouseMoved:
+            responder->mouseMoved(event);
+            break;
+        case EventType::MouseEntered:
+            responder->mouseEntered(event);
+            break;
+        case EventType::MouseExited:
+            responder->mouseExited(event);
+            break;
+        case EventType::Magnify:
+            responder->magnifyWithEvent(event);
+            break;
+        case EventType::SmartMagnify:
+            responder->smartMagnifyWithEvent(event);
+            break;
+        default:
+            break;
+    }
+}
+
+bool Window::makeFirstResponder(Responder* responder) {
+    Responder* target = responder ? responder : this;
+    if (target == firstResponder_)
+        return true;
+    auto* targetView = dynamic_cast<View*>(target);
+    if (target != this) {
+        if (!target->acceptsFirstResponder())
+            return false;
+        if (targetView && targetView->window() != this)
+            return false;
+    }
+    Responder* old = firstResponder_;
+    firstResponder_ = target;
+    // Both redraw: focus rings, carets and selection colours depend on it.
+    if (auto* oldView = dynamic_cast<View*>(old))
+        oldView->setNeedsDisplay(true);
+    if (targetView)
+        targetView->setNeedsDisplay(true);
+    return true;
+}
+
+void Window::viewWillLeave(View* view) {
+    if (firstResponder_ == view)
+        firstResponder_ = this;
+}
+
+Rect Window::screenFrame() const {
+    if (native_->window) {
+        if (QScreen* screen = native_->window->screen()) {
+            const QRect geometry = screen->geometry();
+            return NSMakeRect(0, 0, geometry.width(), geometry.height());
+        }
+    }
+    if (QGuiApplication::instance() && DisplayEventLoop::hasDisplay()) {
+        if (QScreen* screen = QGuiApplication::primaryScreen()) {
+            const QRect geometry = screen->geometry();
+            return NSMakeRect(0, 0, geometry.width(), geometry.height());
+        }
+    }
+    return NSMakeRect(0, 0, 1920, 1080);
+}
+
+void Window::center() {
+    const Rect screen = screenFrame();
+    frame_.origin = NSMakePoint(std::floor((screen.size.width - frame_.size.width) / 2),
+                                std::floor((screen.size.height - frame_.size.height) / 2));
+}
+
+double Window::backingScaleFactor() const {
+    if (native_->scaleOverride > 0)
+        return native_->scaleOverride;
+    if (native_->window)
+        return native_->window->devicePixelRatio();
+    return 1.0;
+}
+
+void Window::setBackingScaleFactor(double scale) {
+    native_->scaleOverride = scale > 0 ? scale : 0;
+}
+
+void Window::makeKeyAndOrderFront() {
+    visible_ = true;
+    if (!DisplayEventLoop::hasDisplay())
+        return;
+    if (!native_->window) {
+        native_->window = std::make_unique<NativeWindow>(this);
+        native_->window->setTitle(QString::fromStdString(title_));
+    }
+    NativeWindow& window = *native_->window;
+    const int width = static_cast<int>(std::ceil(frame_.size.width));
+    const int height = static_cast<int>(std::ceil(frame_.size.height));
+    window.resize(width, height);
+    window.setMinimumSize(QSize(width, height));
+    window.setMaximumSize(QSize(width, height));
+    // Our screen coordinates have y up; Qt's have y down.
+    if (QScreen* screen = window.screen()) {
+        const int screenHeight = screen->geometry().height();
+        window.setPosition(static_cast<int>(frame_.origin.x),
+                           screenHeight - static_cast<int>(frame_.maxY()));
+    }
+    window.show();
+    window.raise();
+    window.requestActivate();
+    window.update();
+}
+
+void Window::close() {
+    visible_ = false;
+    if (native_->window)
+        native_->window->hide();
+}
+
+void Window::nativeWindowHidden() {
+    visible_ = false;
+}
+
+bool Window::isShownOnDisplay() const {
+    return native_->window && native_->window->isVisible();
+}
+
+std::shared_ptr<Bitmap> Window::snapshot(double scale) const {
+    if (contentView_)
+        return Bitmap::renderView(*contentView_, scale);
+    return std::make_shared<Bitmap>(static_cast<int>(std::ceil(frame_.size.width * scale)),
+                                    static_cast<int>(std::ceil(frame_.size.height * scale)), scale);
+}
+
+void Window::viewNeedsDisplay() {
+    // update() marks the whole window dirty and asks for a paint at the next frame.
+    if (native_->window && native_->window->isVisible())
+        native_->window->update();
+}
+
+}  // namespace platform

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/ui/Event.h"
+#include "platform/ui/Geometry.h"
+#include "platform/ui/Responder.h"
+
+namespace platform {
+
+class View;
+class Bitmap;
+
+// A top-level window holding one content view. Main thread only. A window must outlive the
+// event handlers it calls (a handler must not destroy the window that delivered its event).
+//
+// Event dispatch: a mouse-down goes to the view hit at its location; the drags and the mouse-up
+// that follow go to that same view, wherever the pointer is. Right-button, move and magnify
+// events go to the view under the pointer. Keys go to the first responder (the window itself
+// when none is set). A mouse-down on a view that accepts first responder makes it first
+// responder. When shown on a display the window is a real QWindow whose Qt mouse and key events
+// become our events; without a display it exists offscreen and events are delivered through
+// sendEvent.
+class Window : public Responder {
+  public:
+    // |contentRect| is in screen coordinates (bottom-left origin, y up).
+    explicit Window(const Rect& contentRect, const std::string& title = {});
+    ~Window() override;
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    // Sizes |view| to the window's content (origin 0, 0), as the platform does.
+    void setContentView(std::shared_ptr<View> view);
+    const std::shared_ptr<View>& contentView() const { return contentView_; }
+
+    // Routes |event| as the platform's event loop would.
+    void sendEvent(const Event& event);
+
+    // nullptr makes the window itself first responder. Refuses (false) a responder that does not
+    // accept first responder or a view of another window.
+    bool makeFirstResponder(Responder* responder);
+    Responder* firstResponder() const { return firstResponder_; }
+
+    // The pointer's current position in the window's base coordinates: the last position seen
+    // by sendEvent (or reported by the display), which a test may also set.
+    Point mouseLocationOutsideOfEventStream() const { return mouseLocation_; }
+    void setMouseLocationOutsideOfEventStream(Point point) { mouseLocation_ = point; }
+
+    int windowNumber() const { return windowNumber_; }
+    Rect frame() const { return frame_; }
+    // The frame of the screen the window is on (a 1920 x 1080 screen offscreen).
+    Rect screenFrame() const;
+    // The display's device pixel ratio once shown on a display; 1 offscreen unless set.
+    double backingScaleFactor() const;
+    // Overrides the backing scale (offscreen rendering at 2x); 0 restores the default.
+    void setBackingScaleFactor(double scale);
+
+    // Places the window in the middle of its screen, as the platform places a new sheet.
+    void center();
+    // Shows the window: on the display when there is one, offscreen otherwise.
+    void makeKeyAndOrderFront();
+    void close();
+    bool isVisible() const { return visible_; }
+
+    // Renders the content view as shown, at |scale| pixels per point.
+    std::shared_ptr<Bitmap> snapshot(double scale) const;
+
+    // Platform internals: called when a view of this window needs display.
+    void viewNeedsDisplay();
+    // Platform internals: |view| is leaving this window (or being destroyed): it stops being
+    // first responder.
+    void viewWillLeave(View* view);
+    // Platform internals: the window on the display was hidden (closed by the user).
+    void nativeWindowHidden();
+    // True while the window is shown on a display (not offscreen).
+    bool isShownOnDisplay() const;
+
+  private:
+    void dispatchEvent(const Event& event);
+    struct Native;
+    std::unique_ptr<Native> native_;
+    std::shared_ptr<View> contentView_;
+    Responder* firstResponder_ = nullptr;
+    // The view that took the last mouse-down: it gets the drags and the mouse-up that follow.
+    std::weak_ptr<View> mouseDownViewRef_;
+    Point mouseLocation_;
+    Rect frame_;
+    int windowNumber_;
+    std::string title_;
+    bool visible_ = false;
+};
+
+}  // namespace platform

@@ -1,0 +1,139 @@
+#include "share/ShareViewController.h"
+
+#include <cstdio>
+
+#include "platform/core/FileManager.h"
+#include "platform/core/FileStatus.h"
+#include "platform/core/MainQueue.h"
+#include "share/ControllerSupport.h"
+#include "share/FileExport.h"
+#include "share/HandoffKeys.h"
+
+// File export: each attachment measured, copied flat into the container or refused, and the
+// lists written once the last one is accounted for.
+
+namespace {
+
+using controller_support::log;
+
+// The container's path as a directory name, so that "/" + name gives one separator.
+std::string withoutTrailingSlash(std::string path) {
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+}  // namespace
+
+// One attachment of a file export, on a worker thread. Measuring and copying happen outside the
+// export's lock so that copies run in parallel; the appends, their log lines and the
+// completeness test happen under it, so exactly one completion finishes the export.
+//
+// Two outcomes are ours to define, and both account for the attachment so that the export
+// completes and the host is woken:
+// - a load that delivers no file URL is listed as a refused file with an empty name and an empty
+//   size text (the host learns that an attachment did not arrive);
+// - a group with no shared container refuses every file: its name and size text are listed with
+//   the refused files, nothing is copied.
+void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExport,
+                                     const std::optional<platform::Url>& item) {
+    std::optional<std::string> container =
+        platform::FileManager::defaultManager().containerURLForSecurityApplicationGroupIdentifier(
+            m_shareFolderName);
+    if (container)
+        container = withoutTrailingSlash(*container);
+    log("sharedFolder path[" + (container ? *container : std::string("(null)")) + "].");
+
+    const std::string source = item && item->isFileURL() ? item->path() : std::string();
+    bool accepted = false;
+    std::string name;
+    std::string sizeText;
+    std::string destination;
+    if (source.empty()) {
+        log("attachment delivered no file URL; listed as refused.");
+    } else if (isInvalidFile(source)) {
+        name = item->lastPathComponent();
+        sizeText = invalidFileSizeString(source);
+    } else if (!container) {
+        name = item->lastPathComponent();
+        sizeText = invalidFileSizeString(source);
+        log("no shared folder; not copied [" + source + "].");
+    } else {
+        accepted = true;
+        destination = *container + "/" + item->lastPathComponent();
+        // A failed copy (the name already taken, no space, a FIFO) is not examined: the
+        // destination is listed all the same and the host finds whatever lies there.
+        platform::FileManager::defaultManager().copyItemAtPath(source, destination);
+    }
+
+    platform::StringArray fileUrlArr;
+    platform::StringArray invalidFileNameArr;
+    platform::StringArray invalidFileSizeArr;
+    {
+        std::lock_guard<std::mutex> lock(fileExport->mutex);
+        if (accepted) {
+            fileExport->fileUrlArr.push_back(destination);
+            log("fileUrlArr addObject [" + source + "].");
+        } else {
+            fileExport->invalidFileNameArr.push_back(name);
+            fileExport->invalidFileSizeArr.push_back(sizeText);
+        }
+        log("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
+        if (!fileExport->isComplete())
+            return;
+        fileUrlArr = fileExport->fileUrlArr;
+        invalidFileNameArr = fileExport->invalidFileNameArr;
+        invalidFileSizeArr = fileExport->invalidFileSizeArr;
+    }
+    finishFileExport(fileUrlArr, invalidFileNameArr, invalidFileSizeArr);
+}
+
+void ShareViewController::finishFileExport(const platform::StringArray& fileUrlArr,
+                                           const platform::StringArray& invalidFileNameArr,
+                                           const platform::StringArray& invalidFileSizeArr) {
+    m_shareDefaults->setObject(fileUrlArr, handoff::kSharePathArrayKey);
+    m_shareDefaults->setObject(invalidFileNameArr, handoff::kShareInvalidFileNamesKey);
+    m_shareDefaults->setObject(invalidFileSizeArr, handoff::kShareInvalidFileSizesKey);
+    m_shareDefaults->synchronize();
+
+    switch (m_shareEntry.load()) {
+        case ShareEntryFavToParley:
+            wakeupParley();
+            break;
+        case ShareEntrySendToFriend: {
+            auto self = strongSelf();
+            platform::MainQueue::after(kSendToFriendWakeupDelayNanoseconds,
+                                       [self] { self->wakeupParley(); });
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+int64_t ShareViewController::GetFileSize(const std::string& path) {
+    const std::optional<platform::FileStatus> status = platform::FileStatus::lstat(path);
+    return status ? status->size : -1;
+}
+
+bool ShareViewController::isInvalidFile(const std::string& path) {
+    return GetFileSize(path) > kMaxFileSize;
+}
+
+std::string ShareViewController::invalidFileSizeString(const std::string& path) {
+    const int64_t n = GetFileSize(path);
+    // A file that vanished since it was refused has no size to tell.
+    if (n < 0)
+        return {};
+    // Single precision on purpose: 1,073,741,823 bytes rounds up to 1024.0M.
+    const float f = static_cast<float>(n);
+    char text[64];
+    if (n < 1073741824) {
+        const float v = f * 0x1p-20f;
+        std::snprintf(text, sizeof text, "%.1fM", static_cast<double>(v));
+    } else {
+        const float v = f * 0x1p-30f;
+        std::snprintf(text, sizeof text, "%.1fG", static_cast<double>(v));
+    }
+    return text;
+}

@@ -1,0 +1,95 @@
+#include "share/ShareViewController.h"
+
+#include "platform/core/ItemProvider.h"
+#include "platform/core/MainQueue.h"
+#include "platform/core/WorkerPool.h"
+#include "share/ControllerSupport.h"
+#include "share/FileExport.h"
+#include "share/HandoffKeys.h"
+
+// The hand-off: an action writes the entry and starts the link's or the files' delivery.
+
+namespace {
+using controller_support::log;
+}  // namespace
+
+void ShareViewController::onClickSendToFriend() {
+    log("onClickSendToFriend invoked.");
+    takeAction(ShareEntrySendToFriend, handoff::kEntrySendToFriend);
+}
+
+void ShareViewController::onClickFavToParley() {
+    log("onClickFavToParley invoked.");
+    takeAction(ShareEntryFavToParley, handoff::kEntryFavToParley);
+}
+
+void ShareViewController::takeAction(ShareEntry entry, const char* entryText) {
+    platform::MainQueue::assertMainThread("ShareViewController action");
+    view();  // the store and the item come from the view loading
+    m_shareDefaults->setObject(std::string(entryText), handoff::kShareEntryKey);
+    m_shareDefaults->synchronize();
+    // Before the hand-off starts: the export's last completion reads it.
+    m_shareEntry = entry;
+    writeDataToSharedFolder();
+    logStoredValue(handoff::kShareEntryKey);
+    // The hand-off goes on in the loads' completions, which hold this controller.
+    didFinishShare();
+}
+
+void ShareViewController::writeDataToSharedFolder() {
+    switch (m_shareType) {
+        case ShareTypeFile:
+            writeFilesToSharedFolder();
+            break;
+        case ShareTypeUrl:
+            writeUrlToSharedFolder();
+            break;
+        default:
+            break;
+    }
+}
+
+void ShareViewController::writeUrlToSharedFolder() {
+    const std::shared_ptr<platform::ItemProvider> attachment =
+        m_extensionItem->attachments().front();
+    auto self = strongSelf();
+    attachment->loadItemForTypeIdentifier(
+        platform::kUTTypeURL, nullptr,
+        [self](const std::optional<platform::Url>& item, const std::optional<platform::Error>&) {
+            // No URL stores no value, which removes the key; the host is woken all the same.
+            std::optional<platform::PropertyValue> value;
+            if (item)
+                value = item->absoluteString();
+            self->m_shareDefaults->setObject(value, handoff::kShareUrlKey);
+            self->m_shareDefaults->synchronize();
+            self->logStoredValue(handoff::kShareUrlKey);
+            self->wakeupParley();
+        });
+}
+
+void ShareViewController::writeFilesToSharedFolder() {
+    const auto& attachments = m_extensionItem->attachments();
+    auto fileExport = std::make_shared<FileExport>(attachments.size());
+    log("item.attachments count[" + std::to_string(attachments.size()) + "].");
+    auto self = strongSelf();
+    for (const auto& attachment : attachments) {
+        if (!attachment) {
+            // A missing provider delivers nothing, like a failed load, off the main thread.
+            platform::WorkerPool::shared().async(
+                [self, fileExport] { self->exportFile(fileExport, std::nullopt); });
+            continue;
+        }
+        // Every attachment is treated as a file, whatever its own types.
+        attachment->loadItemForTypeIdentifier(
+            platform::kUTTypeFileURL, nullptr,
+            [self, fileExport](const std::optional<platform::Url>& item,
+                               const std::optional<platform::Error>&) {
+                self->exportFile(fileExport, item);
+            });
+    }
+}
+
+void ShareViewController::logStoredValue(const std::string& key) {
+    log("NSUserDefaults set value [" + platform::describe(m_shareDefaults->objectForKey(key)) +
+        "] for key [" + key + "].");
+}
