@@ -6,7 +6,6 @@
 
 #include "platform/core/RunningApplication.h"
 #include "platform/ui/Bitmap.h"
-#include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
@@ -153,14 +152,14 @@ TEST_F(ShareProgramsTest, BadArgumentsExitWithUsage) {
     }
     EXPECT_EQ(run(quoted(kShareProgram) + " --help >" + quoted(files_.file("help"))), 0);
     EXPECT_NE(readAll(files_.file("help")).find("--action"), std::string::npos);
-    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
 }
 
 // Offscreen, nobody can click: the sheet is not left waiting.
 TEST_F(ShareProgramsTest, WithoutDisplayOrActionItRefusesToWait) {
     EXPECT_EQ(share(quoted(files_.writeText("x.txt", "x"))), 64);
     EXPECT_NE(readAll(shareErrors()).find("no display"), std::string::npos);
-    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
 }
 
 // A display that the environment names but that cannot be opened is no display: the share runs
@@ -187,7 +186,7 @@ TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
     // Between title and arrow: the favourites row tinted, the send-to-friend row not.
     EXPECT_EQ(row->pixelAt(501, 539), (platform::Rgba{222, 222, 222, 255}));
     EXPECT_EQ(row->pixelAt(501, 439), (platform::Rgba{0xF7, 0xF7, 0xF7, 255}));
-    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
 
     const std::string cancelPicture = files_.file("cancel.png");
     EXPECT_EQ(share("--press cancel --snapshot " + quoted(cancelPicture) + " " +
@@ -211,7 +210,7 @@ TEST_F(ShareProgramsTest, BundleWithoutIdentifierIsRefused) {
     EXPECT_EQ(share("--bundle " + quoted(files_.file("no-bundle")) +
                     " --action send --url https://example.org/"),
               78);
-    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
 }
 
 // On a display the sheet waits for the person. Real clicks through an X server: on the
@@ -246,9 +245,9 @@ TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
 
 TEST_F(ShareProgramsTest, CancelExitsTwoAndHandsNothingOver) {
     EXPECT_EQ(share("--action cancel --url https://example.org/"), 2);
-    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
-    EXPECT_FALSE(stored(handoff::kShareEntryKey).has_value());
-    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
+    EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
+    EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
 }
 
 // Without a session bus, or with one that is gone, the share still completes in bounded time:
@@ -266,7 +265,7 @@ TEST_F(ShareProgramsTest, MissingOrDeadSessionBusStillCompletesTheShare) {
         EXPECT_NE(readAll(shareErrors()).find("[ShareViewController]: Parley is offline."),
                   std::string::npos)
             << readAll(shareErrors());
-        EXPECT_EQ(stored(handoff::kSharePathArrayKey),
+        EXPECT_EQ(stored("ParleyMacSharePathArray"),
                   PropertyValue(StringArray{containerPath() + "/nobus.txt"}));
     }
 }

@@ -8,7 +8,6 @@
 #include <set>
 
 #include "platform/core/MainQueue.h"
-#include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
@@ -124,11 +123,11 @@ TEST_F(ShareTest, FilesAddedToFavouritesAreCopiedListedInCompletionOrderAndWakeO
                                 line("fileUrlArr count[2]."),
                                 line("Parley is offline."),
                             }));
-    EXPECT_EQ(storedArray(handoff::kSharePathArrayKey),
+    EXPECT_EQ(storedArray("ParleyMacSharePathArray"),
               (StringArray{container + "/small.txt", container + "/exact.bin"}));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileNamesKey), (StringArray{"big.bin"}));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileSizesKey), (StringArray{"100.0M"}));
-    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileNames"), (StringArray{"big.bin"}));
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes"), (StringArray{"100.0M"}));
+    EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
     EXPECT_EQ(readAll(container + "/small.txt"), "hello");
     EXPECT_EQ(fs::file_size(container + "/exact.bin"), 104857600u);
     EXPECT_FALSE(fs::exists(container + "/big.bin"));
@@ -158,9 +157,9 @@ TEST_F(ShareTest, FilesSentToAFriendWakeOneSecondLaterOnTheMainThread) {
     EXPECT_TRUE(wakeup.onMainThread);
     EXPECT_GE(wakeup.time - released, std::chrono::seconds(1));
     EXPECT_EQ(wakeup.storedPaths, PropertyValue(StringArray{containerPath() + "/photo.jpg"}));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileNamesKey), StringArray{});
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileSizesKey), StringArray{});
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("sendToFriend"));
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileNames"), StringArray{});
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes"), StringArray{});
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("sendToFriend"));
 }
 
 TEST_F(ShareTest, EveryFileRefusedWritesAnEmptyPathListAndStillWakes) {
@@ -168,9 +167,9 @@ TEST_F(ShareTest, EveryFileRefusedWritesAnEmptyPathListAndStillWakes) {
     auto controller = startShare({fileProvider(big)});
     controller->onClickFavToParley();
     runUntilIdle();
-    EXPECT_EQ(storedArray(handoff::kSharePathArrayKey), StringArray{});
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileNamesKey), StringArray{"movie.mov"});
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileSizesKey), StringArray{"1.5G"});
+    EXPECT_EQ(storedArray("ParleyMacSharePathArray"), StringArray{});
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileNames"), StringArray{"movie.mov"});
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes"), StringArray{"1.5G"});
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
 
@@ -191,14 +190,14 @@ TEST_F(ShareTest, SameNameTwiceListsOnePathTwiceAndKeepsTheFirstCopy) {
     runUntilIdle();
 
     const std::string destination = containerPath() + "/report.txt";
-    EXPECT_EQ(storedArray(handoff::kSharePathArrayKey), (StringArray{destination, destination}));
+    EXPECT_EQ(storedArray("ParleyMacSharePathArray"), (StringArray{destination, destination}));
     EXPECT_EQ(readAll(destination), "first");
 
     const std::string third = files_.writeText("report.txt", "third");
     auto later = startShare({fileProvider(third)});
     later->onClickSendToFriend();
     runUntilIdle();
-    EXPECT_EQ(storedArray(handoff::kSharePathArrayKey), StringArray{destination});
+    EXPECT_EQ(storedArray("ParleyMacSharePathArray"), StringArray{destination});
     EXPECT_EQ(readAll(destination), "first");
 }
 
@@ -213,7 +212,7 @@ TEST_F(ShareTest, FoldersAreCopiedWholeAndLinksAsLinks) {
     runUntilIdle();
 
     const std::string container = containerPath();
-    EXPECT_EQ(sorted(storedArray(handoff::kSharePathArrayKey)),
+    EXPECT_EQ(sorted(storedArray("ParleyMacSharePathArray")),
               (StringArray{container + "/album", container + "/shortcut"}));
     EXPECT_EQ(readAll(container + "/album/one.txt"), "1");
     EXPECT_EQ(readAll(container + "/album/inner/two.txt"), "2");
@@ -248,11 +247,11 @@ TEST_F(ShareTest, OddFilesAreAccountedForAndNeverHang) {
     runUntilIdle();
 
     const std::string c = containerPath();
-    EXPECT_EQ(sorted(storedArray(handoff::kSharePathArrayKey)),
+    EXPECT_EQ(sorted(storedArray("ParleyMacSharePathArray")),
               sorted({c + "/vanished.txt", c + "/locked.txt", c + "/dangling", c + "/pipe",
                       c + "/two\nlines.txt"}));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileNamesKey), (StringArray{"", ""}));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileSizesKey), (StringArray{"", ""}));
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileNames"), (StringArray{"", ""}));
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes"), (StringArray{"", ""}));
     EXPECT_EQ(controller->wakeupCount(), 1);
     EXPECT_EQ(countLine(line("attachment delivered no file URL; listed as refused.")), 2u);
 
@@ -272,7 +271,7 @@ TEST_F(ShareTest, NameThatIsNotUtf8IsCopiedAndListedWhole) {
     runUntilIdle();
     const std::string c = containerPath();
     EXPECT_EQ(readAll(c + "/caf\xe9-\xff.txt"), "latin1");
-    const StringArray paths = storedArray(handoff::kSharePathArrayKey);
+    const StringArray paths = storedArray("ParleyMacSharePathArray");
     ASSERT_EQ(paths.size(), 1u);
     EXPECT_TRUE(paths[0] == c + "/caf\xe9-\xff.txt" ||
                 paths[0] == c + "/caf\xef\xbf\xbd-\xef\xbf\xbd.txt")
@@ -295,10 +294,10 @@ TEST_F(ShareTest, NoSharedContainerRefusesEveryFileAndStillWakes) {
     const std::string group = "NOCONTAINER." + kHostId;
     EXPECT_EQ(countLine(line("sharedFolder path[(null)].")), 1u);
     EXPECT_EQ(countLine(line("no shared folder; not copied [" + file + "].")), 1u);
-    EXPECT_EQ(stored(handoff::kSharePathArrayKey, group), PropertyValue(StringArray{}));
-    EXPECT_EQ(stored(handoff::kShareInvalidFileNamesKey, group),
+    EXPECT_EQ(stored("ParleyMacSharePathArray", group), PropertyValue(StringArray{}));
+    EXPECT_EQ(stored("ParleyMacShareInvalidFileNames", group),
               PropertyValue(StringArray{"doc.pdf"}));
-    EXPECT_EQ(stored(handoff::kShareInvalidFileSizesKey, group),
+    EXPECT_EQ(stored("ParleyMacShareInvalidFileSizes", group),
               PropertyValue(StringArray{"3.0M"}));
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
@@ -338,9 +337,9 @@ TEST_F(ShareTest, ThousandAttachmentsOnManyThreadsFinishExactlyOnce) {
     StringArray expectedPaths;
     for (const auto& name : expectedNames)
         expectedPaths.push_back(c + "/" + name);
-    EXPECT_EQ(sorted(storedArray(handoff::kSharePathArrayKey)), sorted(expectedPaths));
-    EXPECT_EQ(sorted(storedArray(handoff::kShareInvalidFileNamesKey)), sorted(expectedRefused));
-    EXPECT_EQ(storedArray(handoff::kShareInvalidFileSizesKey).size(), size_t{kRefused});
+    EXPECT_EQ(sorted(storedArray("ParleyMacSharePathArray")), sorted(expectedPaths));
+    EXPECT_EQ(sorted(storedArray("ParleyMacShareInvalidFileNames")), sorted(expectedRefused));
+    EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes").size(), size_t{kRefused});
     for (const auto& name : expectedNames)
         ASSERT_TRUE(fs::exists(c + "/" + name)) << name;
 

@@ -1,6 +1,5 @@
 // The two actions and the hand-off of a link: entry, URL, read-backs and the wake-up.
 #include "platform/core/RunningApplication.h"
-#include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
@@ -15,8 +14,8 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
     ASSERT_TRUE(platform::RunningApplication::registerAsRunning(kHostId));
     NotificationCounter notifications;
     // Keys of an earlier file share stay; an earlier URL is overwritten.
-    storeEarlierShare({{handoff::kSharePathArrayKey, StringArray{"/earlier/file"}},
-                       {handoff::kShareUrlKey, std::string("https://old.example/")}});
+    storeEarlierShare({{"ParleyMacSharePathArray", StringArray{"/earlier/file"}},
+                       {"ParleyMacShareUrl", std::string("https://old.example/")}});
     const std::string url = "https://example.org/a%20b?q=1&r=2#frag";
     GatedLoad load(platform::Url::URLWithString(url), platform::kUTTypeURL);
 
@@ -24,7 +23,7 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
     controller->onClickFavToParley();
     EXPECT_EQ(controller->shareEntry(), ShareEntryFavToParley);
     EXPECT_EQ(context_->state(), ExtensionContext::State::Completed);
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("favToParley"));
     EXPECT_EQ(controller->wakeupCount(), 0);
 
     load.release();
@@ -45,7 +44,7 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
     const auto wakeup = controller->wakeups().front();
     EXPECT_FALSE(wakeup.onMainThread);
     EXPECT_EQ(wakeup.storedUrl, PropertyValue(url));
-    EXPECT_EQ(stored(handoff::kSharePathArrayKey), PropertyValue(StringArray{"/earlier/file"}));
+    EXPECT_EQ(stored("ParleyMacSharePathArray"), PropertyValue(StringArray{"/earlier/file"}));
     EXPECT_EQ(context_->endingCount(), 1);
     // Nothing more arrives later.
     waitFor([] { return false; }, std::chrono::milliseconds(300));
@@ -58,8 +57,8 @@ TEST_F(ShareTest, LinkSentToAFriendWakesAtOnceOnTheLoadThread) {
     auto controller = startShare({linkProvider("https://example.org/")});
     controller->onClickSendToFriend();
     runUntilIdle();
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("sendToFriend"));
-    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("sendToFriend"));
+    EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://example.org/"));
     ASSERT_EQ(controller->wakeupCount(), 1);
     EXPECT_FALSE(controller->wakeups().front().onMainThread);
     EXPECT_EQ(countLine(line("onClickSendToFriend invoked.")), 1u);
@@ -69,7 +68,7 @@ TEST_F(ShareTest, LinkSentToAFriendWakesAtOnceOnTheLoadThread) {
 
 // A load that delivers nothing removes the key, reads back nothing and still wakes the host.
 TEST_F(ShareTest, LinkLoadWithoutUrlRemovesTheKeyAndStillWakes) {
-    storeEarlierShare({{handoff::kShareUrlKey, std::string("https://old.example/")}});
+    storeEarlierShare({{"ParleyMacShareUrl", std::string("https://old.example/")}});
     auto provider = platform::ItemProvider::withTypes({platform::kUTTypeURL});
     provider->registerItemForTypeIdentifier(platform::kUTTypeURL,
                                             [] { return std::optional<platform::Url>(); });
@@ -77,7 +76,7 @@ TEST_F(ShareTest, LinkLoadWithoutUrlRemovesTheKeyAndStillWakes) {
     ASSERT_EQ(controller->shareType(), ShareTypeUrl);
     controller->onClickFavToParley();
     runUntilIdle();
-    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
     EXPECT_EQ(countLine(readBackLine("(null)", "ParleyMacShareUrl")), 1u);
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
@@ -93,9 +92,9 @@ TEST_F(ShareTest, FileShareAfterLinkShareLeavesTheUrl) {
     auto controller = startShare({fileProvider(file)});
     controller->onClickFavToParley();
     runUntilIdle();
-    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.file-url"));
-    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/first"));
-    EXPECT_EQ(stored(handoff::kSharePathArrayKey),
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.file-url"));
+    EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://example.org/first"));
+    EXPECT_EQ(stored("ParleyMacSharePathArray"),
               PropertyValue(StringArray{containerPath() + "/a.txt"}));
 }
 
@@ -111,7 +110,7 @@ TEST_F(ShareTest, PendingLoadsKeepTheControllerAlive) {
     EXPECT_FALSE(weak.expired());
     load.release();
     runUntilIdle();
-    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/late"));
+    EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://example.org/late"));
     EXPECT_EQ(countLine(line("Parley is offline.")), 1u);
     EXPECT_TRUE(waitFor([&] { return weak.expired(); }, std::chrono::seconds(5)));
 }

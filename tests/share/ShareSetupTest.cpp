@@ -3,7 +3,6 @@
 #include <fstream>
 
 #include "platform/core/Error.h"
-#include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
@@ -23,7 +22,7 @@ TEST_F(ShareTest, LinkIsClassifiedAndItsTypeStoredAndReadBack) {
     EXPECT_EQ(controller->shareFolderName(), kGroup);
     EXPECT_EQ(controller->view()->frame(), NSMakeRect(0, 0, 376, 370));
     EXPECT_EQ(controller->extensionItem(), context_->inputItems().front());
-    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
     EXPECT_EQ(context_->state(), ExtensionContext::State::Pending);
     EXPECT_EQ(shareLines(), (std::vector<std::string>{
                                 line("bundleId[" + kHostId + "]"),
@@ -39,19 +38,19 @@ TEST_F(ShareTest, FileUrlIsAFileShareAndOnlyTheFirstAttachmentDecides) {
         auto controller = startShare({fileProvider(file), linkProvider("https://example.org/")});
         EXPECT_EQ(controller->shareType(), ShareTypeFile);
         EXPECT_EQ(controller->view()->frame(), NSMakeRect(0, 0, 376, 370));
-        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.file-url"));
+        EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.file-url"));
     }
     {
         auto controller = startShare({linkProvider("https://example.org/"), fileProvider(file)});
         EXPECT_EQ(controller->shareType(), ShareTypeUrl);
-        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+        EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
     }
 }
 
 // Plain text, an item without attachments and a request without items are all unknown: the
 // request completes at once, nothing is written, the earlier share's type is read back.
 TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndWriteNothing) {
-    storeEarlierShare({{handoff::kShareTypeKey, std::string("public.url")}});
+    storeEarlierShare({{"ParleyMacShareType", std::string("public.url")}});
     std::vector<std::vector<std::shared_ptr<platform::ExtensionItem>>> requests = {
         {std::make_shared<platform::ExtensionItem>(
             std::vector<std::shared_ptr<platform::ItemProvider>>{
@@ -66,7 +65,7 @@ TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndWriteNothing) {
         EXPECT_EQ(context_->state(), ExtensionContext::State::Completed);
         EXPECT_EQ(context_->endingCount(), 1);
         EXPECT_EQ(controller->view()->frame(), platform::NSZeroRect);
-        EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
+        EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
         EXPECT_EQ(shareLines(), (std::vector<std::string>{
                                     line("bundleId[" + kHostId + "]"),
                                     line("teamIdentifier[" + kTeamId + "]"),
@@ -84,7 +83,7 @@ TEST_F(ShareTest, UnknownTypeWithNoEarlierShareReadsBackNothing) {
     const std::vector<std::string> lines = shareLines();
     ASSERT_GE(lines.size(), 3u);
     EXPECT_EQ(lines[lines.size() - 3], readBackLine("(null)", "ParleyMacShareType"));
-    EXPECT_FALSE(stored(handoff::kShareTypeKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
 }
 
 // An action after an unknown type records the entry but hands nothing over and wakes no one.
@@ -92,17 +91,17 @@ TEST_F(ShareTest, ActionOnUnknownTypeWritesTheEntryOnly) {
     auto controller = startShare({platform::ItemProvider::withTypes({"public.plain-text"})});
     controller->onClickFavToParley();
     runUntilIdle();
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("favToParley"));
     EXPECT_EQ(controller->wakeupCount(), 0);
-    EXPECT_FALSE(stored(handoff::kSharePathArrayKey).has_value());
-    EXPECT_FALSE(stored(handoff::kShareUrlKey).has_value());
+    EXPECT_FALSE(stored("ParleyMacSharePathArray").has_value());
+    EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
 }
 
 TEST_F(ShareTest, GroupIsTheTeamIdentifierRunTogetherWithTheHostIdentifier) {
     useBundle("<string>TEAM</string>");
     auto controller = startShare({linkProvider("https://example.org/")});
     EXPECT_EQ(controller->shareFolderName(), "TEAM" + kHostId);
-    EXPECT_EQ(stored(handoff::kShareTypeKey, "TEAM" + kHostId), PropertyValue("public.url"));
+    EXPECT_EQ(stored("ParleyMacShareType", "TEAM" + kHostId), PropertyValue("public.url"));
 }
 
 // Without a usable TeamIdentifier the group is the host identifier alone, and that is said once.
@@ -113,7 +112,7 @@ TEST_F(ShareTest, MissingOrNonStringTeamIdentifierFallsBackToTheHostIdentifier) 
         log_ = std::make_unique<platform::LogCapture>();
         auto controller = startShare({linkProvider("https://example.org/")});
         EXPECT_EQ(controller->shareFolderName(), kHostId);
-        EXPECT_EQ(stored(handoff::kShareTypeKey, kHostId), PropertyValue("public.url"));
+        EXPECT_EQ(stored("ParleyMacShareType", kHostId), PropertyValue("public.url"));
         const auto lines = shareLines();
         ASSERT_GE(lines.size(), 3u);
         if (xml.empty()) {
@@ -135,8 +134,8 @@ TEST_F(ShareTest, BundleIdentifierWithoutADotIsTakenWhole) {
 // Cancel hands the user-cancelled error over and writes nothing: the type of this share and the
 // entry of the one before stay.
 TEST_F(ShareTest, CancelWritesNothing) {
-    storeEarlierShare({{handoff::kShareEntryKey, std::string("sendToFriend")},
-                       {handoff::kShareTypeKey, std::string("public.file-url")}});
+    storeEarlierShare({{"ParleyMacShareEntry", std::string("sendToFriend")},
+                       {"ParleyMacShareType", std::string("public.file-url")}});
     auto controller = startShare({linkProvider("https://example.org/")});
     const size_t linesBefore = shareLines().size();
     controller->cancel();
@@ -146,8 +145,8 @@ TEST_F(ShareTest, CancelWritesNothing) {
     EXPECT_EQ(context_->cancellationError()->domain, "NSCocoaErrorDomain");
     EXPECT_EQ(context_->cancellationError()->code, 3072);
     EXPECT_EQ(shareLines().size(), linesBefore);
-    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("sendToFriend"));
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("sendToFriend"));
     EXPECT_EQ(controller->wakeupCount(), 0);
 }
 
@@ -159,9 +158,9 @@ TEST_F(ShareTest, CorruptStoreIsReplacedAndTheShareCompletes) {
     auto controller = startShare({linkProvider("https://example.org/x")});
     controller->onClickFavToParley();
     runUntilIdle();
-    EXPECT_EQ(stored(handoff::kShareTypeKey), PropertyValue("public.url"));
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
-    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/x"));
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("favToParley"));
+    EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://example.org/x"));
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
 

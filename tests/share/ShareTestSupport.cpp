@@ -8,7 +8,6 @@
 #include "platform/core/EventLoop.h"
 #include "platform/core/FileManager.h"
 #include "platform/core/MainQueue.h"
-#include "share/HandoffKeys.h"
 
 namespace share_test {
 
@@ -26,8 +25,8 @@ void RecordingController::wakeupParley() {
     Wakeup wakeup;
     wakeup.time = Clock::now();
     wakeup.onMainThread = platform::MainQueue::isMainThread();
-    wakeup.storedPaths = ShareTest::stored(handoff::kSharePathArrayKey, shareFolderName());
-    wakeup.storedUrl = ShareTest::stored(handoff::kShareUrlKey, shareFolderName());
+    wakeup.storedPaths = ShareTest::stored("ParleyMacSharePathArray", shareFolderName());
+    wakeup.storedUrl = ShareTest::stored("ParleyMacShareUrl", shareFolderName());
     {
         std::lock_guard<std::mutex> lock(mutex_);
         wakeups_.push_back(wakeup);
@@ -47,7 +46,7 @@ std::vector<RecordingController::Wakeup> RecordingController::wakeups() const {
 
 NotificationCounter::NotificationCounter() {
     observer_ = platform::DistributedNotificationCenter::defaultCenter().addObserverForName(
-        handoff::kNotificationName, [this] {
+        "ParleyMacShare_Notification", [this] {
             ++count_;
             last_ = Clock::now();
         });

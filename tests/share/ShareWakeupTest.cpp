@@ -1,6 +1,5 @@
 // Waking the host: a running one gets exactly one notification, a stopped one exactly one launch.
 #include "platform/core/RunningApplication.h"
-#include "share/HandoffKeys.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
@@ -55,8 +54,8 @@ TEST_F(ShareTest, NoHostApplicationLeavesTheRecordInTheStore) {
     controller->onClickFavToParley();
     runUntilIdle();
     EXPECT_EQ(countLine(line("Parley is offline.")), 1u);
-    EXPECT_EQ(stored(handoff::kShareUrlKey), PropertyValue("https://example.org/kept"));
-    EXPECT_EQ(stored(handoff::kShareEntryKey), PropertyValue("favToParley"));
+    EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://example.org/kept"));
+    EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("favToParley"));
 }
 
 }  // namespace
