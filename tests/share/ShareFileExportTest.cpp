@@ -297,8 +297,7 @@ TEST_F(ShareTest, NoSharedContainerRefusesEveryFileAndStillWakes) {
     EXPECT_EQ(stored("ParleyMacSharePathArray", group), PropertyValue(StringArray{}));
     EXPECT_EQ(stored("ParleyMacShareInvalidFileNames", group),
               PropertyValue(StringArray{"doc.pdf"}));
-    EXPECT_EQ(stored("ParleyMacShareInvalidFileSizes", group),
-              PropertyValue(StringArray{"3.0M"}));
+    EXPECT_EQ(stored("ParleyMacShareInvalidFileSizes", group), PropertyValue(StringArray{"3.0M"}));
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
 

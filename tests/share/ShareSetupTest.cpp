@@ -50,6 +50,10 @@ TEST_F(ShareTest, FileUrlIsAFileShareAndOnlyTheFirstAttachmentDecides) {
 // Plain text, an item without attachments and a request without items are all unknown: the
 // request completes at once, nothing is written, the earlier share's type is read back.
 TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndWriteNothing) {
+    auto first = startShare({platform::ItemProvider::withTypes({"public.image"})});
+    EXPECT_EQ(shareLines()[2], "[ShareViewController][error]: ShareType is unknown.");
+    EXPECT_EQ(shareLines()[3], readBackLine("(null)", "ParleyMacShareType"));
+    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
     storeEarlierShare({{"ParleyMacShareType", std::string("public.url")}});
     std::vector<std::vector<std::shared_ptr<platform::ExtensionItem>>> requests = {
         {std::make_shared<platform::ExtensionItem>(
@@ -78,14 +82,6 @@ TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndWriteNothing) {
     }
 }
 
-TEST_F(ShareTest, UnknownTypeWithNoEarlierShareReadsBackNothing) {
-    auto controller = startShare({platform::ItemProvider::withTypes({"public.image"})});
-    const std::vector<std::string> lines = shareLines();
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(lines[lines.size() - 3], readBackLine("(null)", "ParleyMacShareType"));
-    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
-}
-
 // An action after an unknown type records the entry but hands nothing over and wakes no one.
 TEST_F(ShareTest, ActionOnUnknownTypeWritesTheEntryOnly) {
     auto controller = startShare({platform::ItemProvider::withTypes({"public.plain-text"})});
@@ -97,38 +93,40 @@ TEST_F(ShareTest, ActionOnUnknownTypeWritesTheEntryOnly) {
     EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
 }
 
-TEST_F(ShareTest, GroupIsTheTeamIdentifierRunTogetherWithTheHostIdentifier) {
-    useBundle("<string>TEAM</string>");
-    auto controller = startShare({linkProvider("https://example.org/")});
-    EXPECT_EQ(controller->shareFolderName(), "TEAM" + kHostId);
-    EXPECT_EQ(stored("ParleyMacShareType", "TEAM" + kHostId), PropertyValue("public.url"));
-}
-
-// Without a usable TeamIdentifier the group is the host identifier alone, and that is said once.
-TEST_F(ShareTest, MissingOrNonStringTeamIdentifierFallsBackToTheHostIdentifier) {
-    for (const std::string& xml :
-         {std::string(), std::string("<array><string>X</string></array>")}) {
-        useBundle(xml);
+// The group is the TeamIdentifier run together with the host identifier; without a usable
+// TeamIdentifier it is the host identifier alone, and that is said once. The bundle identifier
+// loses its last component (taken whole without a dot).
+TEST_F(ShareTest, GroupAndHostIdentifierComeFromTheBundle) {
+    const std::string fallback =
+        "[ShareViewController][error]: TeamIdentifier is missing or "
+        "not a string; the group is [" +
+        kHostId + "].";
+    const struct {
+        std::string teamXml, bundleId, group, hostId, teamLine, thirdLine;
+    } cases[] = {
+        {"<string>TEAM</string>", kExtensionId, "TEAM" + kHostId, kHostId, "TEAM", ""},
+        {"", kExtensionId, kHostId, kHostId, "(null)", fallback},
+        {"<array><string>X</string></array>", kExtensionId, kHostId, kHostId, "", fallback},
+        {"<string>T.</string>", "standalone", "T." + kHostId, "standalone", "T.", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.teamXml + " " + c.bundleId);
+        useBundle(c.teamXml, c.bundleId);
         log_ = std::make_unique<platform::LogCapture>();
         auto controller = startShare({linkProvider("https://example.org/")});
-        EXPECT_EQ(controller->shareFolderName(), kHostId);
-        EXPECT_EQ(stored("ParleyMacShareType", kHostId), PropertyValue("public.url"));
+        EXPECT_EQ(controller->shareFolderName(), c.group);
+        EXPECT_EQ(controller->bundleId(), c.hostId);
+        EXPECT_EQ(stored("ParleyMacShareType", c.group), PropertyValue("public.url"));
         const auto lines = shareLines();
         ASSERT_GE(lines.size(), 3u);
-        if (xml.empty()) {
-            EXPECT_EQ(lines[1], line("teamIdentifier[(null)]"));
+        EXPECT_EQ(lines[0], line("bundleId[" + c.hostId + "]"));
+        if (!c.teamLine.empty()) {
+            EXPECT_EQ(lines[1], line("teamIdentifier[" + c.teamLine + "]"));
         }
-        EXPECT_EQ(lines[2],
-                  "[ShareViewController][error]: TeamIdentifier is missing or not a "
-                  "string; the group is [" +
-                      kHostId + "].");
+        if (!c.thirdLine.empty()) {
+            EXPECT_EQ(lines[2], c.thirdLine);
+        }
     }
-}
-
-TEST_F(ShareTest, BundleIdentifierWithoutADotIsTakenWhole) {
-    useBundle("<string>" + kTeamId + "</string>", "standalone");
-    auto controller = startShare({linkProvider("https://example.org/")});
-    EXPECT_EQ(controller->bundleId(), "standalone");
 }
 
 // Cancel hands the user-cancelled error over and writes nothing: the type of this share and the

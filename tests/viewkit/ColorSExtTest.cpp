@@ -5,6 +5,7 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <vector>
 
 using platform::ColorPtr;
 
@@ -24,34 +25,30 @@ double singlePrecision(int v) {
     return static_cast<double>(static_cast<float>(v) / 255.0f);
 }
 
-TEST(ColorSExt, SixDigitsWithOrWithoutHashAreOpaqueDeviceRGB) {
-    for (const char* text : {"#00A2FF", "00A2FF", "#00a2ff"}) {
-        const ColorPtr color = SExt::colorWithHex(std::string(text));
-        ASSERT_NE(nullptr, color) << text;
+// Components are single-precision quotients widened to double (247/255 as a float is not the
+// double quotient); eight digits read alpha first.
+TEST(ColorSExt, HexDigitsGiveDeviceRGBComponents) {
+    const struct {
+        const char* text;
+        double r, g, b, a;
+    } cases[] = {
+        {"#00A2FF", 0, singlePrecision(162), 1, 1},
+        {"00A2FF", 0, singlePrecision(162), 1, 1},
+        {"#00a2ff", 0, singlePrecision(162), 1, 1},
+        {"#F7F7F7", singlePrecision(247), singlePrecision(247), singlePrecision(247), 1},
+        {"#80FF0000", 1, 0, 0, singlePrecision(128)},
+        {"00123456", singlePrecision(0x12), singlePrecision(0x34), singlePrecision(0x56), 0},
+    };
+    for (const auto& c : cases) {
+        const ColorPtr color = SExt::colorWithHex(std::string(c.text));
+        ASSERT_NE(nullptr, color) << c.text;
         EXPECT_EQ(platform::ColorSpace::DeviceRGB, color->colorSpace());
-        const Components c = componentsOf(color);
-        EXPECT_EQ(0.0, c.r) << text;
-        EXPECT_EQ(singlePrecision(162), c.g) << text;
-        EXPECT_EQ(1.0, c.b) << text;
-        EXPECT_EQ(1.0, c.a) << text;
+        const Components got = componentsOf(color);
+        EXPECT_EQ((std::vector<double>{c.r, c.g, c.b, c.a}),
+                  (std::vector<double>{got.r, got.g, got.b, got.a}))
+            << c.text;
     }
-    EXPECT_TRUE(*SExt::colorWithHex("#e2e2e2") == *SExt::colorWithHex("#E2E2E2"));
-}
-
-TEST(ColorSExt, EightDigitsReadAlphaFirst) {
-    const Components c = componentsOf(SExt::colorWithHex("#80FF0000"));
-    EXPECT_EQ(1.0, c.r);
-    EXPECT_EQ(0.0, c.g);
-    EXPECT_EQ(0.0, c.b);
-    EXPECT_EQ(singlePrecision(128), c.a);
-    EXPECT_EQ(singlePrecision(0x12), componentsOf(SExt::colorWithHex("00123456")).r);
-}
-
-TEST(ColorSExt, ComponentsAreSinglePrecisionQuotientsWidened) {
-    const double f7 = componentsOf(SExt::colorWithHex("#F7F7F7")).r;
-    EXPECT_EQ(singlePrecision(247), f7);
-    EXPECT_NE(247.0 / 255.0, f7);
-    EXPECT_LT(std::fabs(247.0 / 255.0 - f7), 1e-8);
+    EXPECT_NE(247.0 / 255.0, singlePrecision(247));
 }
 
 TEST(ColorSExt, MalformedStringsGiveNoColour) {

@@ -15,94 +15,69 @@ using platform::Rgba;
 
 namespace {
 
-struct LayerColour {
-    double r, g, b, a;
-};
-
-LayerColour layerBackground(const platform::View& view) {
-    double c[4] = {-1, -1, -1, -1};
-    EXPECT_NE(nullptr, view.layer());
-    if (view.layer())
-        platform::CGColorGetComponents(view.layer()->backgroundColor(), c);
-    return {c[0], c[1], c[2], c[3]};
-}
-
-void expectNear(Rgba expected, Rgba actual, int tolerance, const char* what) {
-    EXPECT_LE(std::abs(expected.r - actual.r), tolerance) << what << " red " << int(actual.r);
-    EXPECT_LE(std::abs(expected.g - actual.g), tolerance) << what << " green " << int(actual.g);
-    EXPECT_LE(std::abs(expected.b - actual.b), tolerance) << what << " blue " << int(actual.b);
-    EXPECT_LE(std::abs(expected.a - actual.a), tolerance) << what << " alpha " << int(actual.a);
+::testing::AssertionResult near(Rgba expected, Rgba actual) {
+    if (std::abs(expected.r - actual.r) <= 1 && std::abs(expected.g - actual.g) <= 1 &&
+        std::abs(expected.b - actual.b) <= 1 && std::abs(expected.a - actual.a) <= 1)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "rgba(" << int(actual.r) << ", " << int(actual.g)
+                                         << ", " << int(actual.b) << ", " << int(actual.a) << ")";
 }
 
 TEST(PLSDivider, FixedDividersPaintTheirLayer) {
     const double grey = static_cast<double>(226.0f / 255.0f);
-    PLSDivider divider(NSMakeRect(0, 0, 10, 1));
-    const LayerColour plain = layerBackground(divider);
-    EXPECT_DOUBLE_EQ(grey, plain.r);
-    EXPECT_DOUBLE_EQ(grey, plain.g);
-    EXPECT_DOUBLE_EQ(grey, plain.b);
-    EXPECT_DOUBLE_EQ(1.0, plain.a);
-
-    PLSLightDivider light(NSMakeRect(0, 0, 10, 1));
-    const LayerColour l = layerBackground(light);
-    EXPECT_DOUBLE_EQ(0.0, l.r);
-    EXPECT_DOUBLE_EQ(0.0, l.b);
-    EXPECT_DOUBLE_EQ(0.06, l.a);
-
-    PLSExtraLightDivider extraLight(NSMakeRect(0, 0, 10, 1));
-    const LayerColour e = layerBackground(extraLight);
-    EXPECT_DOUBLE_EQ(0.0, e.g);
-    EXPECT_DOUBLE_EQ(0.04, e.a);
-
-    PLSCustomDivider custom(NSMakeRect(0, 0, 10, 1));
-    EXPECT_DOUBLE_EQ(grey, layerBackground(custom).r);
-    EXPECT_EQ(0.0, custom.customAlpha());
-    EXPECT_EQ(nullptr, custom.customColor());
-}
-
-TEST(PLSCustomDivider, TranslucentColourShowsTheGreyLayerThrough) {
-    for (double scale : {1.0, 2.0}) {
-        auto divider = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
-        divider->setCustomColor(SExt::colorWithHex("#000000"));
-        divider->setCustomAlpha(0.1);
-        const auto bitmap = platform::Bitmap::renderView(*divider, scale);
-        ASSERT_NE(nullptr, bitmap);
-        // 10 % black over #e2e2e2: 0.9 * 226 = 203.4.
-        expectNear({204, 204, 204, 255}, bitmap->pixelAtPoint(10, 2), 1, "middle");
-        expectNear({204, 204, 204, 255}, bitmap->pixelAtPoint(0.25, 0.25), 1, "corner");
-        EXPECT_EQ(0.1, divider->customAlpha());
+    const struct {
+        std::shared_ptr<platform::View> divider;
+        double r, a;
+    } cases[] = {
+        {std::make_shared<PLSDivider>(NSMakeRect(0, 0, 10, 1)), grey, 1.0},
+        {std::make_shared<PLSLightDivider>(NSMakeRect(0, 0, 10, 1)), 0.0, 0.06},
+        {std::make_shared<PLSExtraLightDivider>(NSMakeRect(0, 0, 10, 1)), 0.0, 0.04},
+        {std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 10, 1)), grey, 1.0},
+    };
+    for (const auto& c : cases) {
+        ASSERT_NE(nullptr, c.divider->layer());
+        double rgba[4] = {-1, -1, -1, -1};
+        platform::CGColorGetComponents(c.divider->layer()->backgroundColor(), rgba);
+        EXPECT_DOUBLE_EQ(c.r, rgba[0]) << c.divider->className();
+        EXPECT_DOUBLE_EQ(c.r, rgba[2]) << c.divider->className();
+        EXPECT_DOUBLE_EQ(c.a, rgba[3]) << c.divider->className();
     }
 }
 
-TEST(PLSCustomDivider, UnsetColourAndAlphaBecomeGreyAtTheViewsAlpha) {
-    auto divider = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
-    const auto bitmap = platform::Bitmap::renderView(*divider, 1);
-    expectNear({226, 226, 226, 255}, bitmap->pixelAtPoint(10, 2), 1, "default divider");
-    ASSERT_NE(nullptr, divider->customColor());
-    EXPECT_TRUE(*SExt::colorWithHex("#e2e2e2") == *divider->customColor());
-    EXPECT_EQ(1.0, divider->customAlpha());
-}
-
-TEST(PLSCustomDivider, ZeroAlphaIsReplacedByTheViewsAlphaNotInvisible) {
-    auto divider = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
-    divider->setCustomColor(SExt::colorWithHex("#000000"));
-    divider->setCustomAlpha(0.0);
-    auto bitmap = platform::Bitmap::renderView(*divider, 1);
-    expectNear({0, 0, 0, 255}, bitmap->pixelAtPoint(10, 2), 1, "opaque black");
-    EXPECT_EQ(1.0, divider->customAlpha());
-
-    auto faded = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
-    faded->setAlphaValue(0.5);
-    faded->setCustomColor(SExt::colorWithHex("#000000"));
-    platform::Bitmap::renderView(*faded, 1);
-    EXPECT_EQ(0.5, faded->customAlpha());
-}
-
-TEST(PLSCustomDivider, DrawingOutsideAnyContextOnlySettlesTheProperties) {
-    PLSCustomDivider divider(NSMakeRect(0, 0, 20, 4));
-    divider.drawRect(divider.bounds());
-    EXPECT_NE(nullptr, divider.customColor());
-    EXPECT_EQ(1.0, divider.customAlpha());
+// The custom colour is drawn over the grey layer; an unset colour is #e2e2e2 and an unset or
+// zero alpha becomes the view's own alpha, so a divider is never invisible.
+TEST(PLSCustomDivider, ColourAndAlphaOverTheGreyLayer) {
+    const struct {
+        const char* colour;
+        double alpha, viewAlpha, scale;
+        Rgba middle;
+        double settledAlpha;
+    } cases[] = {
+        {"#000000", 0.1, 1.0, 1, {204, 204, 204, 255}, 0.1},  // 0.9 * 226 = 203.4
+        {"#000000", 0.1, 1.0, 2, {204, 204, 204, 255}, 0.1},
+        {nullptr, -1, 1.0, 1, {226, 226, 226, 255}, 1.0},
+        {"#000000", 0.0, 1.0, 1, {0, 0, 0, 255}, 1.0},
+        {"#000000", -1, 0.5, 1, {0, 0, 0, 0}, 0.5},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.colour ? c.colour : "(unset)");
+        auto divider = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
+        divider->setAlphaValue(c.viewAlpha);
+        if (c.colour)
+            divider->setCustomColor(SExt::colorWithHex(c.colour));
+        if (c.alpha >= 0)
+            divider->setCustomAlpha(c.alpha);
+        const auto bitmap = platform::Bitmap::renderView(*divider, c.scale);
+        if (c.middle.a) {
+            EXPECT_TRUE(near(c.middle, bitmap->pixelAtPoint(10, 2)));
+        }
+        EXPECT_EQ(c.settledAlpha, divider->customAlpha());
+        ASSERT_NE(nullptr, divider->customColor());
+    }
+    auto grey = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
+    grey->drawRect(grey->bounds());  // outside any context: only the properties settle
+    EXPECT_TRUE(*SExt::colorWithHex("#e2e2e2") == *grey->customColor());
+    EXPECT_EQ(1.0, grey->customAlpha());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,55 +44,44 @@ class PLSTextViewEvents : public ::testing::Test {
     std::vector<std::string> calls;
 };
 
-TEST_F(PLSTextViewEvents, EscapeClosureConsumesOnTrueAndPassesOnFalse) {
-    ASSERT_EQ(text.get(), window->firstResponder());
-    bool handled = true;
-    text->setDidPressEscKeyBlock([&] {
-        calls.push_back("esc");
-        return handled;
-    });
-    press(platform::kVK_Escape);
-    EXPECT_TRUE(parent->received.keys.empty());
-    handled = false;
-    press(platform::kVK_Escape);
-    EXPECT_EQ(std::vector<uint16_t>{platform::kVK_Escape}, parent->received.keys);
-    EXPECT_EQ(2u, calls.size());
-}
-
-TEST_F(PLSTextViewEvents, ReturnGoesToTheBaseUnlessItsOwnClosureIsSet) {
-    text->setDidPressEscKeyBlock([&] {
-        calls.push_back("esc");
-        return true;
-    });
-    press(platform::kVK_Return);
-    EXPECT_EQ(std::vector<uint16_t>{platform::kVK_Return}, parent->received.keys);
-
-    text->setDidPressEnterKeyBlock([&] {
-        calls.push_back("enter");
-        return true;
-    });
-    press(platform::kVK_Return);
-    press(platform::kVK_ANSI_KeypadEnter);  // keypad Enter is not Return
-    press(platform::kVK_Tab);
-    EXPECT_EQ((std::vector<uint16_t>{platform::kVK_Return, platform::kVK_ANSI_KeypadEnter,
-                                     platform::kVK_Tab}),
-              parent->received.keys);
-    EXPECT_EQ(std::vector<std::string>{"enter"}, calls);
-
-    text->setDidPressEnterKeyBlock([&] {
-        calls.push_back("enter, unhandled");
-        return false;
-    });
-    press(platform::kVK_Return);
-    EXPECT_EQ(4u, parent->received.keys.size());
-    EXPECT_EQ("enter, unhandled", calls.back());
-}
-
-TEST_F(PLSTextViewEvents, WithoutClosuresKeysReachTheBase) {
-    press(platform::kVK_Escape);
-    press(platform::kVK_Return);
-    EXPECT_EQ((std::vector<uint16_t>{platform::kVK_Escape, platform::kVK_Return}),
-              parent->received.keys);
+// Esc and Return go to their closures; true consumes the key, false or no closure hands it
+// to the base (which passes it up to the parent). Keypad Enter and Tab are not Return.
+TEST_F(PLSTextViewEvents, KeyClosuresConsumeOnTrueAndPassOnFalse) {
+    enum Closure { None, Consumes, Passes };
+    const struct {
+        Closure esc, enter;
+        uint16_t key;
+        bool reachesBase;
+        const char* call;
+    } cases[] = {
+        {None, None, platform::kVK_Escape, true, ""},
+        {None, None, platform::kVK_Return, true, ""},
+        {Consumes, None, platform::kVK_Escape, false, "esc"},
+        {Passes, None, platform::kVK_Escape, true, "esc"},
+        {Consumes, None, platform::kVK_Return, true, ""},
+        {None, Consumes, platform::kVK_Return, false, "enter"},
+        {None, Passes, platform::kVK_Return, true, "enter"},
+        {Consumes, Consumes, platform::kVK_ANSI_KeypadEnter, true, ""},
+        {Consumes, Consumes, platform::kVK_Tab, true, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.key);
+        auto closure = [this](Closure kind, const char* name) -> std::function<bool()> {
+            if (kind == None)
+                return nullptr;
+            return [this, kind, name] {
+                calls.push_back(name);
+                return kind == Consumes;
+            };
+        };
+        text->setDidPressEscKeyBlock(closure(c.esc, "esc"));
+        text->setDidPressEnterKeyBlock(closure(c.enter, "enter"));
+        calls.clear();
+        parent->received.keys.clear();
+        press(c.key);
+        EXPECT_EQ(c.reachesBase, parent->received.keys == std::vector<uint16_t>{c.key});
+        EXPECT_EQ(*c.call ? std::vector<std::string>{c.call} : std::vector<std::string>{}, calls);
+    }
 }
 
 TEST_F(PLSTextViewEvents, IgnoredMouseEventsGoToTheNextResponderAndSkipTheClosures) {
@@ -222,18 +212,11 @@ TEST(PLSTextView, SelectionStyleAppliesTheStoredColourOfTheCurrentState) {
     EXPECT_EQ(nullptr, text.textColor()) << "an unset colour shows the default";
 }
 
-TEST(PLSTextView, LinksShowInBlueAndDefaultsAreUntouched) {
+TEST(PLSTextView, LinksShowInBlue) {
     PLSTextView text;
     ASSERT_NE(nullptr, text.linkTextAttributes().foregroundColor);
     EXPECT_TRUE(*SExt::colorWithHex("#00A2FF") == *text.linkTextAttributes().foregroundColor);
     EXPECT_EQ(nullptr, text.linkTextAttributes().font);
-    EXPECT_EQ(nullptr, text.textColor());
-    EXPECT_TRUE(text.isEditable());
-    EXPECT_FALSE(text.selected());
-    EXPECT_FALSE(text.ignoreMouseEvent());
-    EXPECT_FALSE(text.plShowFocusRingIfEditable());
-    EXPECT_FALSE(text.plShouldTrackMouseEnterExitEvents());
-    EXPECT_EQ("PLSTextView", text.className());
 }
 
 // Paints its focus-ring mask in red where the text would go, to see what the mask covers.
