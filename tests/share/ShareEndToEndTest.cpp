@@ -155,22 +155,32 @@ TEST_F(ShareProgramsTest, BadArgumentsExitWithUsage) {
     EXPECT_FALSE(stored("ParleyMacShareType").has_value());
 }
 
-// Offscreen, nobody can click: the sheet is not left waiting.
-TEST_F(ShareProgramsTest, WithoutDisplayOrActionItRefusesToWait) {
-    EXPECT_EQ(share(quoted(files_.writeText("x.txt", "x"))), 64);
-    EXPECT_NE(readAll(shareErrors()).find("no display"), std::string::npos);
-    EXPECT_FALSE(stored("ParleyMacShareType").has_value());
-}
-
-// A display that the environment names but that cannot be opened is no display: the share runs
-// offscreen instead of aborting.
-TEST_F(ShareProgramsTest, StaleDisplayRunsOffscreen) {
+// Runs that end without a hand-off: offscreen nobody can click, so the sheet is not left
+// waiting; a display that cannot be opened is no display (offscreen, no abort); a bundle
+// without an identifier is refused; Cancel exits 2. None of them writes an entry.
+TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
     const std::string stale = "-u QT_QPA_PLATFORM -u WAYLAND_DISPLAY DISPLAY=:9876";
-    EXPECT_EQ(share("--action cancel --url https://example.org/", stale), 2)
-        << readAll(shareErrors());
-    EXPECT_NE(readAll(shareErrors()).find("cannot be opened; running offscreen"),
-              std::string::npos);
-    EXPECT_EQ(share("--url https://example.org/", stale), 64);
+    const struct {
+        std::string arguments, environment;
+        int status;
+        const char* said;
+    } cases[] = {
+        {quoted(files_.writeText("x.txt", "x")), "", 64, "no display"},
+        {"--action cancel --url https://example.org/", stale, 2,
+         "cannot be opened; running offscreen"},
+        {"--url https://example.org/", stale, 64, "no display"},
+        {"--bundle " + quoted(files_.file("no-bundle")) + " --action send --url https://x.org/",
+         "", 78, ""},
+        {"--action cancel --url https://example.org/", "", 2, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        EXPECT_EQ(share(c.arguments, c.environment), c.status) << readAll(shareErrors());
+        EXPECT_NE(readAll(shareErrors()).find(c.said), std::string::npos);
+        EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
+        EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
+    }
+    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
 }
 
 // The picture is the sheet as shown after the press, at the asked scale; nothing is handed over.
@@ -206,13 +216,6 @@ TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
     }
 }
 
-TEST_F(ShareProgramsTest, BundleWithoutIdentifierIsRefused) {
-    EXPECT_EQ(share("--bundle " + quoted(files_.file("no-bundle")) +
-                    " --action send --url https://example.org/"),
-              78);
-    EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
-}
-
 // On a display the sheet waits for the person. Real clicks through an X server: on the
 // favourites title the link goes to the running host; on Cancel nothing is handed over.
 TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
@@ -241,13 +244,6 @@ TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
     EXPECT_EQ(clickSheet(quoted(files_.writeText("kept.txt", "k")), 276 + 35, 370 - (28 + 11)), 2)
         << readAll(shareErrors());
     EXPECT_FALSE(fs::exists(containerPath() + "/kept.txt"));
-}
-
-TEST_F(ShareProgramsTest, CancelExitsTwoAndHandsNothingOver) {
-    EXPECT_EQ(share("--action cancel --url https://example.org/"), 2);
-    EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
-    EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
-    EXPECT_FALSE(stored("ParleyMacShareUrl").has_value());
 }
 
 // Without a session bus, or with one that is gone, the share still completes in bounded time:

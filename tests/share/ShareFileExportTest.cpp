@@ -51,7 +51,7 @@ TEST(ShareFileSize, SizeTextsAreSinglePrecisionPowersOfTwo) {
     const std::vector<std::pair<uintmax_t, std::string>> table = {
         {104857601, "100.0M"},   {157286400, "150.0M"}, {1073741823, "1024.0M"},
         {1073741824, "1.0G"},    {1610612736, "1.5G"},  {5 * kMiB + kMiB / 2, "5.5M"},
-        {3221225472ull, "3.0G"},
+        {3221225472ull, "3.0G"}, {105958604, "101.1M"},  // "101.0M" in double precision
     };
     for (const auto& [size, text] : table) {
         const std::string path = sparseFile(dir, "f" + std::to_string(size), size);
