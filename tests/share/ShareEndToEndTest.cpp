@@ -14,63 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using platform::PropertyValue;
 
-const std::string kShareProgram = std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
-const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
-
-std::string quoted(const std::string& text) {
-    std::string out = "'";
-    for (char c : text)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
-// Runs |command| through the shell, bounded; returns its exit status.
-int run(const std::string& command) {
-    const int status = std::system(("timeout 120 " + command).c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::vector<std::string> readLines(const std::string& path) {
-    std::ifstream in(path);
-    std::vector<std::string> lines;
-    std::string text;
-    while (std::getline(in, text))
-        lines.push_back(text);
-    return lines;
-}
-
-std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-class ShareProgramsTest : public ShareTest {
-  protected:
-    void SetUp() override {
-        ShareTest::SetUp();
-        ASSERT_TRUE(fs::exists(kShareProgram)) << "build parley-share first";
-        ASSERT_TRUE(fs::exists(kHostProgram)) << "build parley-host first";
-    }
-
-    // Starts parley-host in the background and waits until it reported its start.
-    void startHost(const std::string& options) {
-        ASSERT_EQ(std::system((quoted(kHostProgram) + " " + options + " --record-file " +
-                               quoted(records()) + " >/dev/null 2>" +
-                               quoted(files_.file("host.err")) + " &")
-                                  .c_str()),
-                  0);
-        ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }))
-            << readAll(files_.file("host.err"));
-    }
-    std::string records() const { return files_.file("records.jsonl"); }
-    std::string shareErrors() const { return files_.file("share.err"); }
-
-    int share(const std::string& arguments, const std::string& environment = "") {
-        return run((environment.empty() ? "" : "env " + environment + " ") + quoted(kShareProgram) +
-                   " " + arguments + " >/dev/null 2>" + quoted(shareErrors()));
-    }
-};
-
 TEST_F(ShareProgramsTest, RunningHostPrintsTheLinkRecordOnItsNotification) {
     startHost("--exit-after 1");
     EXPECT_EQ(share("--action fav --url 'https://example.org/a?b=c&d=%22e%22'"), 0)
@@ -169,8 +112,8 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
         {"--action cancel --url https://example.org/", stale, 2,
          "cannot be opened; running offscreen"},
         {"--url https://example.org/", stale, 64, "no display"},
-        {"--bundle " + quoted(files_.file("no-bundle")) + " --action send --url https://x.org/",
-         "", 78, ""},
+        {"--bundle " + quoted(files_.file("no-bundle")) + " --action send --url https://x.org/", "",
+         78, ""},
         {"--action cancel --url https://example.org/", "", 2, ""},
     };
     for (const auto& c : cases) {

@@ -19,11 +19,6 @@ using platform::Url;
 
 constexpr uint64_t kMiB = 1048576;
 
-std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 // A sparse file: sizes of hundreds of megabytes cost nothing.
 std::string sparseFile(const testing_support::TempDir& dir,
                        const std::string& name,

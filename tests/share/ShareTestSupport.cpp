@@ -204,6 +204,53 @@ int ShareTest::launchCount() const {
     return count;
 }
 
+std::string quoted(const std::string& text) {
+    std::string out = "'";
+    for (char c : text)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+int run(const std::string& command) {
+    const int status = std::system(("timeout 120 " + command).c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::vector<std::string> readLines(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    std::string text;
+    while (std::getline(in, text))
+        lines.push_back(text);
+    return lines;
+}
+
+std::string readAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void ShareProgramsTest::SetUp() {
+    ShareTest::SetUp();
+    ASSERT_TRUE(fs::exists(kShareProgram)) << "build parley-share first";
+    ASSERT_TRUE(fs::exists(kHostProgram)) << "build parley-host first";
+}
+
+void ShareProgramsTest::startHost(const std::string& options) {
+    ASSERT_EQ(
+        std::system((quoted(kHostProgram) + " " + options + " --record-file " + quoted(records()) +
+                     " >/dev/null 2>" + quoted(files_.file("host.err")) + " &")
+                        .c_str()),
+        0);
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }))
+        << readAll(files_.file("host.err"));
+}
+
+int ShareProgramsTest::share(const std::string& arguments, const std::string& environment) {
+    return run((environment.empty() ? "" : "env " + environment + " ") + quoted(kShareProgram) +
+               " " + arguments + " >/dev/null 2>" + quoted(shareErrors()));
+}
+
 bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance) {
     return std::abs(pixel.r - r) <= tolerance && std::abs(pixel.g - g) <= tolerance &&
            std::abs(pixel.b - b) <= tolerance && pixel.a == 255;

@@ -142,6 +142,30 @@ class ShareTest : public ::testing::Test {
     std::unique_ptr<platform::LogCapture> log_;
 };
 
+// The built programs, as the Share menu and the desktop run them.
+inline const std::string kShareProgram =
+    std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
+inline const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
+
+// |text| as one shell word.
+std::string quoted(const std::string& text);
+// Runs |command| through the shell, bounded; returns its exit status.
+int run(const std::string& command);
+std::vector<std::string> readLines(const std::string& path);
+std::string readAll(const std::string& path);
+
+// Runs parley-share and parley-host as separate processes on this test's bus.
+class ShareProgramsTest : public ShareTest {
+  protected:
+    void SetUp() override;
+    // Starts parley-host in the background and waits until it reported its start.
+    void startHost(const std::string& options);
+    std::string records() const { return files_.file("records.jsonl"); }
+    std::string shareErrors() const { return files_.file("share.err"); }
+    // parley-share with |arguments| (shell words) in |environment| (env words); its exit status.
+    int share(const std::string& arguments, const std::string& environment = "");
+};
+
 // An opaque pixel within |tolerance| of (r, g, b) in each channel.
 bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance = 2);
 
