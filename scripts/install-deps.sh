@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the demo need, if any are missing.
+# The desktop tests validate the entries (desktop-file-utils, appstream), build the package
+# (dpkg-dev for dpkg-shlibdeps, file) and run the Nautilus extension (python3).
 set -euo pipefail
 
 packages=(
@@ -10,6 +12,7 @@ packages=(
   dbus dbus-daemon dbus-bin
   fonts-dejavu-core
   xvfb xauth xdotool
+  desktop-file-utils appstream dpkg-dev file python3
 )
 
 missing=()

@@ -1,5 +1,6 @@
 #include "apps/parley-share/ShareCommandLine.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdlib>
 
@@ -29,10 +30,104 @@ std::optional<ShareCommandLine::Action> targetNamed(const std::string& name) {
     return std::nullopt;
 }
 
+// An operand as a desktop passes it: a path (%F), a file URI (%U) or a parley-share: link (the
+// browser's scheme handler).
+struct Operand {
+    bool isLink = false;
+    std::string value;  // the path, or the link
+    std::string error;  // why the operand cannot be shared; empty when it can
+};
+
+int hexDigitValue(char c) {
+    return std::isdigit(static_cast<unsigned char>(c))
+               ? c - '0'
+               : std::tolower(static_cast<unsigned char>(c)) - 'a' + 10;
+}
+
+// Decodes %XX escapes; nullopt when a "%" is not followed by two hex digits.
+std::optional<std::string> percentDecoded(const std::string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            out += text[i];
+            continue;
+        }
+        if (i + 2 >= text.size() || !std::isxdigit(static_cast<unsigned char>(text[i + 1])) ||
+            !std::isxdigit(static_cast<unsigned char>(text[i + 2])))
+            return std::nullopt;
+        out += static_cast<char>(hexDigitValue(text[i + 1]) * 16 + hexDigitValue(text[i + 2]));
+        i += 2;
+    }
+    return out;
+}
+
+// The lower-case scheme of "scheme:rest" (RFC 3986 letters), or empty when |text| has none.
+std::string schemeOf(const std::string& text) {
+    const size_t colon = text.find(':');
+    if (colon == std::string::npos || colon == 0 ||
+        !std::isalpha(static_cast<unsigned char>(text[0])))
+        return {};
+    std::string scheme;
+    for (size_t i = 0; i < colon; ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (!std::isalnum(c) && c != '+' && c != '-' && c != '.')
+            return {};
+        scheme += static_cast<char>(std::tolower(c));
+    }
+    return scheme;
+}
+
+// "file:///p", "file://localhost/p" or "file:/p", percent-encoded, to the path "/p".
+Operand fileURIOperand(const std::string& uri) {
+    const Operand bad{false, {}, "not a local file URI: \"" + uri + "\""};
+    std::string rest = uri.substr(std::string("file:").size());
+    if (rest.rfind("//", 0) == 0) {
+        const size_t slash = rest.find('/', 2);
+        std::string host = rest.substr(2, slash == std::string::npos ? slash : slash - 2);
+        for (char& c : host)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (!host.empty() && host != "localhost")
+            return bad;
+        rest = slash == std::string::npos ? std::string() : rest.substr(slash);
+    }
+    // A file manager escapes "?", "#", blanks and control characters inside names.
+    for (unsigned char c : rest)
+        if (c <= ' ' || c == 0x7F || c == '?' || c == '#')
+            return bad;
+    const std::optional<std::string> path = percentDecoded(rest);
+    if (rest.empty() || rest[0] != '/' || !path || path->find('\0') != std::string::npos)
+        return bad;
+    return {false, *path, {}};
+}
+
+// "parley-share:" followed by a percent-encoded absolute URL. A web page can open such links,
+// so they never name local files.
+Operand linkOperand(const std::string& uri) {
+    const std::optional<std::string> link =
+        percentDecoded(uri.substr(std::string("parley-share:").size()));
+    const std::optional<platform::Url> url =
+        link ? platform::Url::URLWithString(*link) : std::nullopt;
+    if (!url || url->isFileURL())
+        return {true, {}, "not an encoded web link: \"" + uri + "\""};
+    return {true, *link, {}};
+}
+
+Operand readOperand(const std::string& argument) {
+    const std::string scheme = schemeOf(argument);
+    if (scheme == "file")
+        return fileURIOperand(argument);
+    if (scheme == "parley-share")
+        return linkOperand(argument);
+    // Remote files (sftp://, smb://) would need a copy first; links go with --url.
+    if (!scheme.empty() && argument.compare(scheme.size() + 1, 2, "//") == 0)
+        return {false, {}, "only local files can be shared, not \"" + argument + "\""};
+    return {false, argument, {}};
+}
+
 }  // namespace
 
 std::string ShareCommandLine::usage() {
-    return "Usage: parley-share [OPTIONS] (--url URL | FILE...)\n"
+    return "Usage: parley-share [OPTIONS] (--url URL | parley-share:LINK | FILE...)\n"
            "       parley-share --help\n"
            "\n"
            "Shares one link or one or more files with Parley, the way the Share menu would:\n"
@@ -40,7 +135,9 @@ std::string ShareCommandLine::usage() {
            "display, give --action or --snapshot.\n"
            "\n"
            "  --url URL          share a web link (an absolute URL with a scheme)\n"
-           "  FILE...            share files or folders (use -- before names starting with -)\n"
+           "  parley-share:LINK  share the percent-encoded web link LINK (from a browser)\n"
+           "  FILE...            share files or folders, as paths or file:// URIs (use --\n"
+           "                     before names starting with - or looking like a URI)\n"
            "  --action TARGET    click TARGET instead of waiting for the person:\n"
            "                       send    the send-to-friend row\n"
            "                       fav     the add-to-favourites row\n"
@@ -69,8 +166,20 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
     bool scaleGiven = false;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
-        if (optionsEnded || argument.empty() || argument[0] != '-' || argument == "-") {
+        if (optionsEnded) {
             line.files_.push_back(argument);
+            continue;
+        }
+        if (argument.empty() || argument[0] != '-' || argument == "-") {
+            const Operand operand = readOperand(argument);
+            if (!operand.error.empty())
+                fail(operand.error);
+            else if (!operand.isLink)
+                line.files_.push_back(operand.value);
+            else if (line.url_)
+                fail("a link given twice");
+            else
+                line.url_ = operand.value;
             continue;
         }
         if (argument == "--") {

@@ -6,10 +6,11 @@
 
 // The command line of parley-share:
 //   parley-share [--bundle PATH] [--press TARGET] [--snapshot PATH.png [--scale S]]
-//                [--action TARGET] (--url URL | FILE...)
+//                [--action TARGET] (--url URL | parley-share:LINK | FILE...)
 //   parley-share --help
-// TARGET is send, fav or cancel. Parsing only checks the form; files need not exist (the
-// extension copes with missing ones).
+// TARGET is send, fav or cancel. A FILE is a path or a file:// URI, as desktops pass them
+// (%F and %U); parley-share:LINK carries a percent-encoded link, as the browser passes it. Parsing
+// only checks the form; files need not exist (the extension copes with missing ones).
 class ShareCommandLine {
   public:
     enum class Action { None, SendToFriend, FavToParley, Cancel };
@@ -33,6 +34,7 @@ class ShareCommandLine {
     const std::optional<std::string>& snapshotPath() const { return snapshotPath_; }
     double scale() const { return scale_; }
     const std::optional<std::string>& url() const { return url_; }
+    // Paths, file URIs already turned into paths.
     const std::vector<std::string>& files() const { return files_; }
     // The extension bundle to run as, instead of the one holding the executable.
     const std::optional<std::string>& bundlePath() const { return bundlePath_; }

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "platform/core/Bundle.h"
 #include "platform/core/Log.h"
@@ -48,16 +49,32 @@ Workspace& Workspace::sharedWorkspace() {
     return workspace;
 }
 
+std::string Workspace::applicationsDirectory() {
+    if (const char* override = std::getenv("PARLEY_APPLICATIONS_DIR"); override && *override)
+        return override;
+    const std::shared_ptr<Bundle> mainBundle = Bundle::mainBundle();
+    std::filesystem::path bundle = mainBundle ? mainBundle->bundlePath() : std::string();
+    if (bundle.filename().empty())
+        bundle = bundle.parent_path();  // "x.appex/"
+    const std::filesystem::path plugIns = bundle.parent_path();
+    const std::filesystem::path application = plugIns.parent_path().parent_path();
+    if (bundle.extension() == ".appex" && plugIns.filename() == "PlugIns" &&
+        plugIns.parent_path().filename() == "Contents" && application.extension() == ".app") {
+        std::error_code error;
+        const std::filesystem::path absolute = std::filesystem::absolute(application, error);
+        if (!error)
+            return absolute.parent_path().string();
+    }
+    return "/Applications";
+}
+
 std::string Workspace::resolveApplicationPath(const std::string& path) {
     const std::string prefix = "/Applications";
-    const char* override = std::getenv("PARLEY_APPLICATIONS_DIR");
-    if (!override || !*override)
-        return path;
     if (path.compare(0, prefix.size(), prefix) != 0)
         return path;
     if (path.size() > prefix.size() && path[prefix.size()] != '/')
         return path;  // "/ApplicationsX"
-    return override + path.substr(prefix.size());
+    return applicationsDirectory() + path.substr(prefix.size());
 }
 
 bool Workspace::launchApplication(const std::string& path) {
