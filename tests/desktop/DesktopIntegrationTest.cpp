@@ -12,6 +12,7 @@
 
 #include "platform/core/EventLoop.h"
 #include "platform/ui/Bitmap.h"
+#include "tests/support/ProcessSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -19,22 +20,9 @@ namespace {
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
 
-std::string shellQuoted(const std::string& text) {
-    std::string out = "'";
-    for (char c : text)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
-int run(const std::string& command) {
-    const int status = std::system(("timeout 120 sh -c " + shellQuoted(command)).c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using testing_support::readAll;
+using testing_support::run;
+const auto shellQuoted = testing_support::quoted;
 
 void expectContains(const std::string& text, const std::vector<std::string>& parts) {
     for (const std::string& part : parts)

@@ -204,32 +204,6 @@ int ShareTest::launchCount() const {
     return count;
 }
 
-std::string quoted(const std::string& text) {
-    std::string out = "'";
-    for (char c : text)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
-int run(const std::string& command) {
-    const int status = std::system(("timeout 120 " + command).c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-std::vector<std::string> readLines(const std::string& path) {
-    std::ifstream in(path);
-    std::vector<std::string> lines;
-    std::string text;
-    while (std::getline(in, text))
-        lines.push_back(text);
-    return lines;
-}
-
-std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 void ShareProgramsTest::SetUp() {
     ShareTest::SetUp();
     ASSERT_TRUE(fs::exists(kShareProgram)) << "build parley-share first";

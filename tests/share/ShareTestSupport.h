@@ -23,6 +23,7 @@
 #include "platform/core/PropertyValue.h"
 #include "platform/ui/Bitmap.h"
 #include "share/ShareViewController.h"
+#include "tests/support/ProcessSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace share_test {
@@ -147,12 +148,10 @@ inline const std::string kShareProgram =
     std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
 inline const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
 
-// |text| as one shell word.
-std::string quoted(const std::string& text);
-// Runs |command| through the shell, bounded; returns its exit status.
-int run(const std::string& command);
-std::vector<std::string> readLines(const std::string& path);
-std::string readAll(const std::string& path);
+using testing_support::quoted;
+using testing_support::readAll;
+using testing_support::readLines;
+using testing_support::run;
 
 // Runs parley-share and parley-host as separate processes on this test's bus.
 class ShareProgramsTest : public ShareTest {
