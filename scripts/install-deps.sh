@@ -10,6 +10,7 @@ packages=(
   dbus dbus-daemon dbus-bin
   fonts-dejavu-core
   xvfb xauth xdotool
+  gdb
 )
 
 missing=()
