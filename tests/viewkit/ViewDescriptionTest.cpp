@@ -44,10 +44,10 @@ class ViewDescription : public ::testing::Test {
 };
 
 TEST_F(ViewDescription, OneLinePerViewIndentedByLevel) {
-    image->setWantsLayer(true);
+    button->setWantsLayer(true);
     image->setHidden(true);
     EXPECT_EQ("\n<NSImageView: " + address(image.get()) +
-                  "> (null)(0 subviews) wantsLayer 1 isOpaque 0 isHidden 1 bounds {{0, 0}, {16.5, "
+                  "> (null)(0 subviews) wantsLayer 0 isOpaque 0 isHidden 1 bounds {{0, 0}, {16.5, "
                   "6}} frame {{9, 1}, {16.5, 6}}",
               SExt::selfDesc(*image));
     const std::string tree = SExt::debugDescription(*row);
@@ -55,7 +55,8 @@ TEST_F(ViewDescription, OneLinePerViewIndentedByLevel) {
     size_t at = 0;
     for (const std::string& line :
          {"\n\t<PLSView: " + address(row.get()) + "> (3 subviews) wantsLayer 0",
-          "\n\t\t<PLSOutlineButton: " + address(button.get()) + "> \"Send\" (1 subviews)",
+          "\n\t\t<PLSOutlineButton: " + address(button.get()) +
+              "> \"Send\" (1 subviews) wantsLayer 1 isOpaque 0 isHidden 0",
           "\n\t\t\t<NSTextField: " + address(button->titleLabel().get()) + "> Send(0 subviews)",
           "\n\t\t<NSImageView: " + address(image.get()),
           "\n\t\t<PLSTextView: " + address(notes.get()) + "> notes(0 subviews)"})
