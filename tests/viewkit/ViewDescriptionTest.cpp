@@ -9,7 +9,6 @@
 #include "platform/ui/Window.h"
 #include "viewkit/PLSOutlineButton.h"
 #include "viewkit/PLSTextView.h"
-#include "viewkit/PLSView.h"
 #include "viewkit/ViewQuerySExt.h"
 
 using platform::NSMakeRect;
@@ -36,7 +35,7 @@ class ViewDescription : public ::testing::Test {
     }
 
     platform::Window window{NSMakeRect(100, 200, 200, 100), "Parley"};
-    std::shared_ptr<View> row = std::make_shared<PLSView>();
+    std::shared_ptr<View> row = std::make_shared<View>();
     std::shared_ptr<PLSOutlineButton> button = std::make_shared<PLSOutlineButton>();
     std::shared_ptr<platform::ImageView> image =
         std::make_shared<platform::ImageView>(NSMakeRect(9, 1, 16.5, 6));
@@ -54,14 +53,14 @@ TEST_F(ViewDescription, OneLinePerViewIndentedByLevel) {
     EXPECT_EQ("\n" + tree.substr(2, tree.find('\n', 1) - 2), SExt::selfDesc(*row));
     size_t at = 0;
     for (const std::string& line :
-         {"\n\t<PLSView: " + address(row.get()) + "> (3 subviews) wantsLayer 0",
+         {"\n\t<NSView: " + address(row.get()) + "> (3 subviews) wantsLayer 0",
           "\n\t\t<PLSOutlineButton: " + address(button.get()) +
               "> \"Send\" (1 subviews) wantsLayer 1 isOpaque 0 isHidden 0",
           "\n\t\t\t<NSTextField: " + address(button->titleLabel().get()) + "> Send(0 subviews)",
           "\n\t\t<NSImageView: " + address(image.get()),
           "\n\t\t<PLSTextView: " + address(notes.get()) + "> notes(0 subviews)"})
         EXPECT_NE(std::string::npos, at = tree.find(line, at)) << line << " in " << tree;
-    EXPECT_EQ(0u, tree.find("\n\t<PLSView: "));
+    EXPECT_EQ(0u, tree.find("\n\t<NSView: "));
     EXPECT_EQ(5, std::count(tree.begin(), tree.end(), '\n')) << "no line but the views'";
 }
 
@@ -69,14 +68,10 @@ TEST_F(ViewDescription, RootDescClimbsAtMostToTheTopmostAncestor) {
     auto outer = std::make_shared<View>(NSMakeRect(0, 0, 300, 300));
     outer->addSubview(row);
     const View& label = *button->titleLabel();  // three levels below outer
-    for (auto [levels, expected] : std::vector<std::pair<int64_t, const View*>>{{-1, &label},
-                                                                                {0, &label},
-                                                                                {1, button.get()},
-                                                                                {2, row.get()},
-                                                                                {3, outer.get()},
-                                                                                {10, outer.get()}})
-        EXPECT_EQ(SExt::debugDescription(*expected), SExt::rootDescWithLevel(label, levels))
-            << levels;
+    const View* const tops[] = {&label, &label, button.get(), row.get(), outer.get(), outer.get()};
+    const int64_t levels[] = {-1, 0, 1, 2, 3, 10};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(SExt::debugDescription(*tops[i]), SExt::rootDescWithLevel(label, levels[i]));
     EXPECT_EQ(SExt::debugDescription(*outer), SExt::rootDescWithLevel(label));
     EXPECT_EQ(SExt::debugDescription(*row), SExt::rootDescWithLevel2(label));
 }

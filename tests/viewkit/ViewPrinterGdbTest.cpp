@@ -7,8 +7,6 @@
 
 #include "tests/support/TempDir.h"
 
-namespace {
-
 // gdb finds the printer in the program itself once the build folder is a safe auto-load path.
 TEST(ViewPrinter, GdbPrintsAViewAndAPointerToOneAsTheTreeBelow) {
     if (std::system("command -v gdb > /dev/null 2>&1") != 0)
@@ -29,5 +27,3 @@ TEST(ViewPrinter, GdbPrintsAViewAndAPointerToOneAsTheTreeBelow) {
     EXPECT_NE(std::string::npos, printed.find("$1 = " + tree)) << printed;
     EXPECT_NE(std::string::npos, printed.find("$2 = 0x" + tree)) << printed;
 }
-
-}  // namespace

@@ -32,12 +32,9 @@ TEST(ViewSnapshot, PicturesMeasureTheirRectAtTheBackingScaleAndShowWhatIsUnder) 
         EXPECT_EQ(kDivider, drawn->bitmapRepresentation()->pixelAtPoint(21, 11));
         EXPECT_EQ(kDivider, edge->bitmapRepresentation()->pixelAtPoint(5, 2));
         EXPECT_EQ(kWindow, edge->bitmapRepresentation()->pixelAtPoint(5, 8));
-        EXPECT_EQ(kWindow, edge->bitmapRepresentation()->pixelAtPoint(15, 2));
         EXPECT_FALSE(SExt::screenCacheImageForViewWithRect(*box, NSMakeRect(0, 0, 10, 0)));
     }
-    PLSDivider loose(NSMakeRect(0, 0, 7, 3));
-    EXPECT_EQ(7, SExt::imageWithSubviews(loose)->bitmapRepresentation()->pixelWidth());
-    EXPECT_FALSE(SExt::screenCacheImageForView(loose)) << "in no window";
+    EXPECT_FALSE(SExt::screenCacheImageForView(PLSDivider(NSMakeRect(0, 0, 7, 3)))) << "no window";
 }
 
 }  // namespace
