@@ -11,6 +11,7 @@
 #include <QStyleHints>
 #include <cmath>
 
+#include "platform/core/Log.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
@@ -465,8 +466,11 @@ std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
         const QRect grab = local.toAlignedRect();
         const QPixmap pixmap = screen->grabWindow(native_->window->winId(), grab.x(), grab.y(),
                                                   grab.width(), grab.height());
-        if (pixmap.isNull())
+        if (pixmap.isNull()) {
+            Log::write("Window: the display gave no picture of window " +
+                       std::to_string(windowNumber_) + " under " + NSStringFromRect(rect));
             return nullptr;
+        }
         return Bitmap::fromQImage(pixmap.toImage(), pixmap.devicePixelRatio());
     }
     const double scale = backingScaleFactor();
