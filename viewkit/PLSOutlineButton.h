@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/ui/Color.h"
@@ -23,6 +24,7 @@ class PLSOutlineButton : public platform::View {
     // The title label spans the bounds; nothing else is styled.
     explicit PLSOutlineButton(const platform::Rect& frame = platform::NSZeroRect);
     std::string className() const override { return "PLSOutlineButton"; }
+    std::optional<std::string> titleIfResponds() const override { return title(); }
 
     bool enabled() const { return enabled_; }
     void setEnabled(bool enabled) { enabled_ = enabled; }

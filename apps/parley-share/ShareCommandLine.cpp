@@ -132,7 +132,7 @@ std::string ShareCommandLine::usage() {
            "\n"
            "Shares one link or one or more files with Parley, the way the Share menu would:\n"
            "shows the share sheet and waits for a click on a row or on Cancel. Without a\n"
-           "display, give --action or --snapshot.\n"
+           "display, give --action, --snapshot or --describe.\n"
            "\n"
            "  --url URL          share a web link (an absolute URL with a scheme)\n"
            "  parley-share:LINK  share the percent-encoded web link LINK (from a browser)\n"
@@ -145,14 +145,16 @@ std::string ShareCommandLine::usage() {
            "  --press TARGET     press the mouse on TARGET (without releasing it) first\n"
            "  --snapshot PATH    write the sheet as shown, after --press, as a PNG picture\n"
            "  --scale S          pixels per point of the snapshot (default 1, at most 8)\n"
+           "  --describe         print the sheet's window and view tree, after --press and\n"
+           "                     --snapshot, and stop without handing anything over\n"
            "  --bundle PATH      run as the extension bundle at PATH instead of the one\n"
            "                     that holds this executable\n"
            "  --help             show this text\n"
            "\n"
-           "Exit status: 0 when the request completed (or, with only --snapshot, when the\n"
-           "picture was written), 2 when it was cancelled, 1 when it failed, 64 on bad\n"
-           "arguments, 73 when the snapshot could not be written, 78 when the extension\n"
-           "bundle has no identifier.\n";
+           "Exit status: 0 when the request completed (or, with only --snapshot or\n"
+           "--describe, when the picture was written or the tree printed), 2 when it was\n"
+           "cancelled, 1 when it failed, 64 on bad arguments, 73 when the snapshot could not\n"
+           "be written, 78 when the extension bundle has no identifier.\n";
 }
 
 ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& arguments) {
@@ -229,6 +231,8 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
                 fail("--scale takes a number above 0 and at most 8, not \"" + *value + "\"");
             line.scale_ = scale;
             scaleGiven = true;
+        } else if (name == "--describe") {
+            line.describe_ = true;
         } else if (name == "--url") {
             const std::optional<std::string> url = takeValue();
             if (!url)
@@ -255,6 +259,8 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
         fail("share either --url or files, not both");
     if (!line.url_ && line.files_.empty())
         fail("nothing to share: give --url URL or files");
+    if (line.describe_ && line.action_ != Action::None)
+        fail("--describe hands nothing over; leave out --action");
     if (scaleGiven && !line.snapshotPath_)
         fail("--scale applies only to --snapshot");
     return line;

@@ -6,7 +6,7 @@
 
 // The command line of parley-share:
 //   parley-share [--bundle PATH] [--press TARGET] [--snapshot PATH.png [--scale S]]
-//                [--action TARGET] (--url URL | parley-share:LINK | FILE...)
+//                [--action TARGET | --describe] (--url URL | parley-share:LINK | FILE...)
 //   parley-share --help
 // TARGET is send, fav or cancel. A FILE is a path or a file:// URI, as desktops pass them
 // (%F and %U); parley-share:LINK carries a percent-encoded link, as the browser passes it. Parsing
@@ -33,6 +33,8 @@ class ShareCommandLine {
     // Where to write the sheet as shown, as PNG, and at how many pixels per point.
     const std::optional<std::string>& snapshotPath() const { return snapshotPath_; }
     double scale() const { return scale_; }
+    // Print the description of every window and its view tree, then stop without an action.
+    bool describe() const { return describe_; }
     const std::optional<std::string>& url() const { return url_; }
     // Paths, file URIs already turned into paths.
     const std::vector<std::string>& files() const { return files_; }
@@ -45,6 +47,7 @@ class ShareCommandLine {
     Action press_ = Action::None;
     std::optional<std::string> snapshotPath_;
     double scale_ = 1.0;
+    bool describe_ = false;
     std::optional<std::string> url_;
     std::vector<std::string> files_;
     std::optional<std::string> bundlePath_;

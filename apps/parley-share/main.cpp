@@ -22,6 +22,7 @@
 #include "platform/ui/View.h"
 #include "platform/ui/Window.h"
 #include "share/ShareViewController.h"
+#include "viewkit/ViewDescriptionSExt.h"
 
 namespace {
 
@@ -102,7 +103,7 @@ int main(int argc, char** argv) {
     platform::Bundle::setMainBundle(bundle);
 
     const bool waitsForPerson =
-        line.action() == ShareCommandLine::Action::None && !line.snapshotPath();
+        line.action() == ShareCommandLine::Action::None && !line.snapshotPath() && !line.describe();
     if (waitsForPerson && !platform::DisplayEventLoop::hasDisplay()) {
         std::fprintf(stderr,
                      "parley-share: no display to show the sheet on; give --action or "
@@ -132,6 +133,12 @@ int main(int argc, char** argv) {
                          line.snapshotPath()->c_str());
             return kExitCantCreate;
         }
+    }
+
+    if (line.describe()) {
+        // The window is never shown: the tree is described as loaded, and nothing is handed over.
+        std::fputs(SExt::rootDesc().c_str(), stdout);
+        return kExitCompleted;
     }
 
     if (line.action() != ShareCommandLine::Action::None) {

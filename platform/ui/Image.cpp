@@ -194,4 +194,8 @@ std::shared_ptr<Bitmap> Image::bitmapAtScale(double scale) const {
     });
 }
 
+std::shared_ptr<const Bitmap> Image::bitmapRepresentation() const {
+    return source_->bitmap;
+}
+
 }  // namespace platform

@@ -43,6 +43,9 @@ class Image : public std::enable_shared_from_this<Image> {
     void drawInRect(const Rect& rect, double fraction = 1.0) const;
     // Rasterises the image at |scale| pixels per point.
     std::shared_ptr<Bitmap> bitmapAtScale(double scale) const;
+    // The pixels of an image made by imageWithBitmap, its only representation; nullptr for
+    // every other image.
+    std::shared_ptr<const Bitmap> bitmapRepresentation() const;
 
     ~Image();
 

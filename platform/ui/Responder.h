@@ -18,6 +18,9 @@ class Responder {
   public:
     virtual ~Responder() = default;
 
+    // The class's name as the platform would spell it, for descriptions and logs.
+    virtual std::string className() const { return "NSResponder"; }
+
     virtual Responder* nextResponder() const { return nullptr; }
 
     virtual void mouseDown(const Event& event);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,10 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     View(const View&) = delete;
     View& operator=(const View&) = delete;
 
-    virtual std::string className() const { return "NSView"; }
+    std::string className() const override { return "NSView"; }
+    // respondsToSelector:@selector(title) with its answer: the title of a view whose class has
+    // one (a button's); nullopt for a view without.
+    virtual std::optional<std::string> titleIfResponds() const { return std::nullopt; }
 
     // --- Geometry -----------------------------------------------------------------------------
     const Rect& frame() const { return frame_; }
@@ -68,6 +72,9 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     bool needsDisplay() const { return needsDisplay_; }
     // Marks the view for redrawing; the window repaints at its next turn.
     void setNeedsDisplay(bool needsDisplay);
+
+    // NO: a view never promises to fill its bounds, so what lies behind it is drawn first.
+    virtual bool isOpaque() const { return false; }
 
     bool wantsLayer() const { return wantsLayer_; }
     // YES gives the view a backing layer (made on first need; a layer given to setLayer before

@@ -5,11 +5,14 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPixmap>
 #include <QRasterWindow>
 #include <QScreen>
 #include <QStyleHints>
 #include <cmath>
 
+#include "platform/core/Log.h"
+#include "platform/ui/Application.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
 #include "platform/ui/GraphicsContext.h"
@@ -86,6 +89,23 @@ uint16_t virtualKeyCodeOf(int key) {
     return 0;
 }
 
+// The window's pixels, |width| x |height| points at |scale|: the window background, then the
+// content view. Drawn at device pixels so the toolkit sees the true backing scale.
+QImage backingImage(const std::shared_ptr<View>& content,
+                    double width,
+                    double height,
+                    double scale) {
+    QImage image(static_cast<int>(std::ceil(width * scale)),
+                 static_cast<int>(std::ceil(height * scale)), QImage::Format_ARGB32_Premultiplied);
+    image.fill(kWindowBackground);
+    if (content) {
+        QPainter painter(&image);
+        GraphicsContext context(&painter, height, scale);
+        content->displayInContext(context);
+    }
+    return image;
+}
+
 }  // namespace
 
 // The window on a display: paints the content view and turns Qt's input into our events.
@@ -96,17 +116,8 @@ class NativeWindow : public QRasterWindow {
   protected:
     void paintEvent(QPaintEvent*) override {
         const double scale = devicePixelRatio();
-        const int pixelWidth = static_cast<int>(std::ceil(width() * scale));
-        const int pixelHeight = static_cast<int>(std::ceil(height() * scale));
-        // Drawn at device pixels into an image of its own, so the toolkit sees the true
-        // backing scale; the window then shows the image at its device pixel ratio.
-        QImage image(pixelWidth, pixelHeight, QImage::Format_ARGB32_Premultiplied);
-        image.fill(kWindowBackground);
-        if (const auto& content = owner_->contentView()) {
-            QPainter imagePainter(&image);
-            GraphicsContext context(&imagePainter, height(), scale);
-            content->displayInContext(context);
-        }
+        // The window then shows the image at its device pixel ratio.
+        QImage image = backingImage(owner_->contentView(), width(), height(), scale);
         image.setDevicePixelRatio(scale);
         QPainter painter(this);
         painter.drawImage(QPointF(0, 0), image);
@@ -218,9 +229,12 @@ Window::Window(const Rect& contentRect, const std::string& title)
       firstResponder_(this),
       frame_(contentRect),
       windowNumber_(nextWindowNumber++),
-      title_(title) {}
+      title_(title) {
+    Application::addWindow(this);
+}
 
 Window::~Window() {
+    Application::removeWindow(this);
     native_->window.reset();
     if (contentView_)
         contentView_->setWindow(nullptr);
@@ -436,6 +450,39 @@ std::shared_ptr<Bitmap> Window::snapshot(double scale) const {
         return Bitmap::renderView(*contentView_, scale);
     return std::make_shared<Bitmap>(static_cast<int>(std::ceil(frame_.size.width * scale)),
                                     static_cast<int>(std::ceil(frame_.size.height * scale)), scale);
+}
+
+std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
+    if (rect.isEmpty())
+        return nullptr;
+    // Both the server and Qt measure from the window's top-left corner, y down.
+    const double windowTop = screenFrame().size.height - frame_.maxY();
+    const QRectF local(rect.origin.x - frame_.origin.x, rect.origin.y - windowTop, rect.size.width,
+                       rect.size.height);
+    if (isShownOnDisplay()) {
+        QScreen* screen = native_->window->screen();
+        if (!screen)
+            return nullptr;
+        const QRect grab = local.toAlignedRect();
+        const QPixmap pixmap = screen->grabWindow(native_->window->winId(), grab.x(), grab.y(),
+                                                  grab.width(), grab.height());
+        if (pixmap.isNull()) {
+            Log::write("Window: the display gave no picture of window " +
+                       std::to_string(windowNumber_) + " under " + NSStringFromRect(rect));
+            return nullptr;
+        }
+        return Bitmap::fromQImage(pixmap.toImage(), pixmap.devicePixelRatio());
+    }
+    const double scale = backingScaleFactor();
+    const QImage backing = backingImage(contentView_, frame_.size.width, frame_.size.height, scale);
+    QImage picture(static_cast<int>(std::ceil(local.width() * scale)),
+                   static_cast<int>(std::ceil(local.height() * scale)),
+                   QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.drawImage(QPointF(-local.x() * scale, -local.y() * scale), backing);
+    painter.end();
+    return Bitmap::fromQImage(picture, scale);
 }
 
 void Window::viewNeedsDisplay() {

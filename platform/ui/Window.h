@@ -30,6 +30,9 @@ class Window : public Responder {
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
+    std::string className() const override { return "NSWindow"; }
+    const std::string& title() const { return title_; }
+
     // Sizes |view| to the window's content (origin 0, 0), as the platform does.
     void setContentView(std::shared_ptr<View> view);
     const std::shared_ptr<View>& contentView() const { return contentView_; }
@@ -65,6 +68,13 @@ class Window : public Responder {
 
     // Renders the content view as shown, at |scale| pixels per point.
     std::shared_ptr<Bitmap> snapshot(double scale) const;
+    // What the screen shows of this window alone under |rect|, given in the window server's
+    // coordinates (points, origin at the top-left corner of the window's screen, y down): a
+    // grab from the display while the window is shown there, otherwise the window's own backing
+    // store (the window background, then the content view, at backingScaleFactor). Parts of
+    // |rect| outside the window are transparent offscreen. nullptr for an empty rect or a grab
+    // that gives no picture.
+    std::shared_ptr<Bitmap> imageOfScreenRect(const Rect& rect) const;
 
     // Platform internals: called when a view of this window needs display.
     void viewNeedsDisplay();
