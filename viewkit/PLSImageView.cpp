@@ -60,6 +60,7 @@ bool PLSImageView::allowsVibrancy() const {
 // --- Aspect fill ------------------------------------------------------------------------------
 
 void PLSImageView::setImage(ImagePtr image) {
+    platform::MainQueue::assertMainThread("PLSImageView::setImage");
     if (!drawWithAspectFill_) {
         ImageView::setImage(std::move(image));
         return;
