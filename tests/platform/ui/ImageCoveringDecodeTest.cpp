@@ -19,11 +19,6 @@ TEST(ImageCoveringDecode, KeepsTheOwnSizeButOnlyThePixelsTheViewShows) {
     ASSERT_TRUE(image);
     EXPECT_EQ((platform::Size{1200, 900}), image->size());
     EXPECT_EQ((platform::Size{160, 120}), image->rasterPixelSize());
-    // A picture smaller than the view needs is kept whole.
-    const auto whole =
-        platform::Image::imageWithContentsOfFile(dir.file("photo.jpg"), {600, 600}, 2);
-    ASSERT_TRUE(whole);
-    EXPECT_EQ((platform::Size{1200, 900}), whole->rasterPixelSize());
 }
 
 TEST(ImageCoveringDecode, WhatIsNoPictureGivesNoImage) {
