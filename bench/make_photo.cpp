@@ -28,8 +28,8 @@ int main(int argc, char** argv) {
         QRandomGenerator random(48);
         for (int i = 0; i < 60; ++i) {
             painter.setPen(Qt::NoPen);
-            painter.setBrush(QColor(random.bounded(256), random.bounded(256), random.bounded(256),
-                                    120));
+            painter.setBrush(
+                QColor(random.bounded(256), random.bounded(256), random.bounded(256), 120));
             const int r = 20 + random.bounded(width / 12);
             painter.drawEllipse(QPoint(random.bounded(width), random.bounded(height)), r, r);
         }
