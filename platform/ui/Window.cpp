@@ -170,6 +170,10 @@ class NativeWindow : public QRasterWindow {
                 auto* touch = static_cast<QTouchEvent*>(event);
                 const QPointF position =
                     touch->points().isEmpty() ? QPointF() : touch->points().first().position();
+                // Touches no view takes are left to Qt, which turns them into mouse events.
+                if (event->type() == QEvent::TouchBegin &&
+                    !owner_->touchTargetAt(baseLocationOf(position)))
+                    return QRasterWindow::event(event);
                 const EventType type =
                     event->type() == QEvent::TouchBegin    ? EventType::TouchesBegan
                     : event->type() == QEvent::TouchUpdate ? EventType::TouchesMoved
@@ -339,10 +343,7 @@ void Window::dispatchEvent(const Event& event) {
         case EventType::TouchesMoved:
         case EventType::TouchesEnded:
         case EventType::TouchesCancelled: {
-            std::shared_ptr<View> target = hitView();
-            while (target && !target->acceptsTouchEvents())
-                target =
-                    target->superview() ? target->superview()->weak_from_this().lock() : nullptr;
+            std::shared_ptr<View> target = touchTargetAt(event.locationInWindow());
             Responder* responder = target ? static_cast<Responder*>(target.get()) : this;
             if (type == EventType::TouchesBegan)
                 responder->touchesBeganWithEvent(event);
@@ -480,6 +481,13 @@ void Window::makeKeyAndOrderFront() {
     window.raise();
     window.requestActivate();
     window.update();
+}
+
+std::shared_ptr<View> Window::touchTargetAt(Point locationInWindow) const {
+    View* view = contentView_ ? contentView_->hitTest(locationInWindow) : nullptr;
+    while (view && !view->acceptsTouchEvents())
+        view = view->superview();
+    return view ? view->weak_from_this().lock() : nullptr;
 }
 
 void Window::startMoveByPointer() {

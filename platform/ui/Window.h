@@ -75,6 +75,8 @@ class Window : public Responder {
     void viewWillLeave(View* view);
     // Platform internals: the window on the display was hidden (closed by the user).
     void nativeWindowHidden();
+    // Platform internals: the nearest view under |locationInWindow| that accepts touch events.
+    std::shared_ptr<View> touchTargetAt(Point locationInWindow) const;
     // True while the window is shown on a display (not offscreen).
     bool isShownOnDisplay() const;
 
