@@ -1,4 +1,7 @@
 #include <cctype>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
