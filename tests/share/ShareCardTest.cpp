@@ -5,7 +5,6 @@
 
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/GraphicsContext.h"
-#include "platform/ui/Image.h"
 #include "tests/share/ShareTestSupport.h"
 #include "tests/support/ScopedEnv.h"
 
@@ -96,17 +95,6 @@ TEST_F(ShareCardTest, CountLineAgreesWithTheNumber) {
             c.files, fileProvider(files_.writeText("f.txt", "f")));
         EXPECT_EQ(c.line, startShare(attachments)->fileCount()->stringValue());
         runUntilIdle();
-    }
-}
-
-TEST_F(ShareCardTest, EveryCardPictureIsShippedAtTheCardsSize) {
-    platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
-    for (const char* name :
-         {"link_thumbnail", "Fileicon-Pdf", "Fileicon-Ppt", "Fileicon-Txt", "Fileicon-Word",
-          "Fileicon-Zip", "Fileicon-Xls", "Fileicon-Unknow", "Multi-Fileicon"}) {
-        const auto image = platform::Image::imageNamed(name);
-        ASSERT_TRUE(image) << name;
-        EXPECT_EQ((platform::Size{60, 60}), image->size()) << name;
     }
 }
 
