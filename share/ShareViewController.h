@@ -15,6 +15,7 @@
 #include "share/ShareEntry.h"
 #include "share/ShareType.h"
 #include "viewkit/PLSCustomDivider.h"
+#include "viewkit/PLSImageView.h"
 #include "viewkit/PLSOutlineButton.h"
 #include "viewkit/PLSTextView.h"
 #include "viewkit/PLSView.h"
@@ -118,6 +119,8 @@ class ShareViewController : public platform::ViewController {
     }
     const std::shared_ptr<platform::TextField>& fileCount() const { return fileCount_; }
     void setFileCount(std::shared_ptr<platform::TextField> v) { fileCount_ = std::move(v); }
+    const std::shared_ptr<PLSImageView>& fileImg() const { return fileImg_; }
+    void setFileImg(std::shared_ptr<PLSImageView> v) { fileImg_ = std::move(v); }
     const std::shared_ptr<platform::View>& parleyLogoContainer() const {
         return parleyLogoContainer_;
     }
@@ -174,6 +177,9 @@ class ShareViewController : public platform::ViewController {
     void finishFileExport(const platform::StringArray& fileUrlArr,
                           const platform::StringArray& invalidFileNameArr,
                           const platform::StringArray& invalidFileSizeArr);
+    // The card's picture for the one shared file, once its URL has arrived (any thread); the
+    // choice is shown on the main thread.
+    void showSingleFilePicture(const std::optional<platform::Url>& item);
     // Flushes nothing: reads |key| back from the store and logs it.
     void logStoredValue(const std::string& key);
 
@@ -199,6 +205,7 @@ class ShareViewController : public platform::ViewController {
     std::shared_ptr<platform::ImageView> sendArrow_;
     std::shared_ptr<platform::View> contentContainer_;
     std::shared_ptr<platform::TextField> fileCount_;
+    std::shared_ptr<PLSImageView> fileImg_;
     std::shared_ptr<platform::View> parleyLogoContainer_;
     std::shared_ptr<platform::ImageView> parleyLogo_;
     bool sendHighlighted_ = false;

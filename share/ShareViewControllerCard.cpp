@@ -1,22 +1,60 @@
-#include "share/ShareViewController.h"
+#include <cctype>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
 #include "platform/ui/Font.h"
+#include "platform/ui/Image.h"
 #include "share/ControllerSupport.h"
+#include "share/ShareViewController.h"
 #include "viewkit/ColorSExt.h"
 
-// The preview card above the rows.
+// The preview card above the rows: a picture and, for files, the count line.
 
 namespace {
 
 using controller_support::localized;
 
+// The card's picture is 60 points square; a photo is decoded for twice that, the highest
+// backing scale a display gives us.
+constexpr double kPictureSide = 60;
+constexpr double kPictureDecodeScale = 2;
+
+// A "{one|other}" or "{zero|one|other}" group of the count format: the word form that agrees
+// with |count|. |group| is the text between the braces.
+std::string pluralForm(const std::string& group, size_t count) {
+    std::vector<std::string> forms(1);
+    for (char c : group) {
+        if (c == '|')
+            forms.emplace_back();
+        else
+            forms.back() += c;
+    }
+    if (forms.size() == 2)
+        return count == 1 ? forms[0] : forms[1];
+    if (forms.size() == 3)
+        return forms[count == 0 ? 0 : count == 1 ? 1 : 2];
+    return "{" + group + "}";
+}
+
 // Fills the count format's one unsigned placeholder ("%lu", "%llu", "%u", "%d"); a table entry
-// with any other conversion is shown as written rather than trusted as a printf format.
+// with any other conversion is shown as written rather than trusted as a printf format. Brace
+// groups give the plural forms, as in "%lu {file|files}".
 std::string formatCount(const std::string& format, size_t count) {
     std::string out;
     bool filled = false;
     for (size_t i = 0; i < format.size(); ++i) {
+        if (format[i] == '{') {
+            const size_t close = format.find('}', i);
+            if (close != std::string::npos) {
+                out += pluralForm(format.substr(i + 1, close - i - 1), count);
+                i = close;
+                continue;
+            }
+        }
         if (format[i] != '%') {
             out += format[i];
             continue;
@@ -44,6 +82,35 @@ std::string formatCount(const std::string& format, size_t count) {
     }
     return out;
 }
+
+std::string lowercased(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+// The named icon for a lower-cased file extension; "" for a photo, which shows itself.
+std::string iconNameForExtension(const std::string& extension) {
+    static const std::pair<const char*, const char*> kIcons[] = {
+        {"pdf", "Fileicon-Pdf"},
+        {"ppt", "Fileicon-Ppt"},
+        {"pptx", "Fileicon-Ppt"},
+        {"txt", "Fileicon-Txt"},
+        {"doc", "Fileicon-Word"},
+        {"docx", "Fileicon-Word"},
+        {"zip", "Fileicon-Zip"},
+        {"xls", "Fileicon-Xls"},
+        {"xlsx", "Fileicon-Xls"},
+        {"png", ""},
+        {"jpeg", ""},
+        {"jpg", ""},
+    };
+    for (const auto& [known, icon] : kIcons)
+        if (extension == known)
+            return icon;
+    return "Fileicon-Unknow";
+}
+
 }  // namespace
 
 void ShareViewController::layoutContent() {
@@ -51,7 +118,6 @@ void ShareViewController::layoutContent() {
     layoutFileContent();
 }
 
-// The preview card: the count line now; the picture comes with the image view.
 void ShareViewController::layoutFileContent() {
     setContentContainer(std::make_shared<platform::View>(platform::NSMakeRect(0, 179, 376, 105)));
     auto count = std::make_shared<platform::TextField>(platform::NSMakeRect(0, 24, 376, 16));
@@ -62,11 +128,51 @@ void ShareViewController::layoutFileContent() {
     count->setSelectable(false);
     count->setEditable(false);
     count->setBackgroundColor(platform::Color::clearColor());
-    size_t attachments = m_extensionItem ? m_extensionItem->attachments().size() : 0;
+    const size_t attachments = m_extensionItem ? m_extensionItem->attachments().size() : 0;
     count->setStringValue(formatCount(localized("ShareExtension.FileCount"), attachments));
     count->setAlignment(platform::TextAlignment::Center);
     contentContainer()->addSubview(count);
-    if (m_shareType == ShareTypeUrl)
+
+    setFileImg(
+        std::make_shared<PLSImageView>(platform::NSMakeRect(158, 45, kPictureSide, kPictureSide)));
+    if (m_shareType == ShareTypeUrl) {
         count->setHidden(true);
+        fileImg()->setImage(platform::Image::imageNamed("link_thumbnail"));
+    } else {
+        count->setHidden(false);
+        fileImg()->setImage(platform::Image::imageNamed("Fileicon-Unknow"));
+        if (attachments >= 2) {
+            fileImg()->setImage(platform::Image::imageNamed("Multi-Fileicon"));
+        } else if (attachments == 1) {
+            auto self = strongSelf();
+            m_extensionItem->attachments().front()->loadItemForTypeIdentifier(
+                platform::kUTTypeFileURL, nullptr,
+                [self](const std::optional<platform::Url>& item,
+                       const std::optional<platform::Error>&) {
+                    self->showSingleFilePicture(item);
+                });
+        }
+    }
+    contentContainer()->addSubview(fileImg());
     view()->addSubview(contentContainer());
+}
+
+// Runs on the load's worker thread: the photo is decoded here, off the main thread, and only the
+// finished choice is handed to the main thread.
+void ShareViewController::showSingleFilePicture(const std::optional<platform::Url>& item) {
+    const std::string extension = item ? lowercased(item->pathExtension()) : std::string();
+    const std::string icon = iconNameForExtension(extension);
+    auto self = strongSelf();
+    if (!icon.empty()) {
+        platform::MainQueue::async(
+            [self, icon] { self->fileImg()->setImage(platform::Image::imageNamed(icon)); });
+        return;
+    }
+    // An unreadable photo leaves the view empty.
+    platform::ImagePtr photo = platform::Image::imageWithContentsOfFile(
+        item->path(), platform::NSMakeSize(kPictureSide, kPictureSide), kPictureDecodeScale);
+    platform::MainQueue::async([self, photo] {
+        self->fileImg()->setImage(photo);
+        self->fileImg()->setDrawWithAspectFill(true);
+    });
 }

@@ -37,6 +37,8 @@ constexpr int kExitConfig = 78;
 constexpr std::chrono::minutes kHandoffTimeout{10};
 // The person may take their time; the wait for a click is checked in slices of this.
 constexpr std::chrono::hours kPersonWaitSlice{1};
+// A picture of the sheet waits this long at most for the card's picture to settle.
+constexpr std::chrono::seconds kCardSettleTimeout{30};
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -123,6 +125,9 @@ int main(int argc, char** argv) {
     window.center();
     window.setContentView(sheet);
     SheetPointer pointer(*controller, window);
+    // A single file's picture is chosen once the file's URL has arrived; the picture shows it.
+    if (line.snapshotPath() && !platform::EventLoop::runUntilIdle(kCardSettleTimeout))
+        std::fprintf(stderr, "parley-share: the card's picture did not settle in time\n");
 
     if (line.press() != ShareCommandLine::Action::None && !pointer.press(line.press()))
         std::fprintf(stderr, "parley-share: the sheet has nothing to press there\n");

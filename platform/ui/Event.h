@@ -21,6 +21,11 @@ enum class EventType {
     KeyUp,
     Magnify,
     SmartMagnify,
+    // Touches on a touch surface; made with mouseEvent (the location is the touch's).
+    TouchesBegan,
+    TouchesMoved,
+    TouchesEnded,
+    TouchesCancelled,
 };
 
 // NSEventModifierFlags

@@ -31,12 +31,46 @@ bool looksLikeSvg(const QString& path, const QByteArray& head) {
     return suffix == "svg" || (suffix.isEmpty() && head.contains("<svg"));
 }
 
-QImage readRaster(const QString& path) {
+// A FIFO or a device would block a read or never end; only regular files are pictures.
+bool isRegularFile(const QString& path) {
+    QFileInfo info(path);
+    return info.exists() && info.isFile();
+}
+
+// The pixel size of what |reader| shows, after the file's own orientation is applied.
+QSize orientedSize(const QImageReader& reader) {
+    QSize size = reader.size();
+    if (reader.transformation() & QImageIOHandler::TransformationRotate90)
+        size.transpose();
+    return size;
+}
+
+// Decodes |path|. With a positive |coverPixels|, a picture larger than needed to cover that many
+// pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole);
+// |ownSize| receives the file's own oriented pixel size either way.
+QImage readRaster(const QString& path, QSizeF coverPixels = {}, QSize* ownSize = nullptr) {
+    if (!isRegularFile(path))
+        return {};
     QImageReader reader(path);
     reader.setAutoTransform(true);
+    const QSize own = orientedSize(reader);
+    if (ownSize)
+        *ownSize = own;
+    if (own.isValid() && coverPixels.width() > 0 && coverPixels.height() > 0) {
+        const double factor =
+            std::max(coverPixels.width() / own.width(), coverPixels.height() / own.height());
+        if (factor < 1.0) {
+            // The reader scales before it orients, so the scaled size is in the file's axes.
+            const QSize stored = reader.size();
+            reader.setScaledSize(QSize(std::max(1, int(std::ceil(stored.width() * factor))),
+                                       std::max(1, int(std::ceil(stored.height() * factor)))));
+        }
+    }
     QImage image = reader.read();
     if (image.isNull())
         return image;
+    if (ownSize && !own.isValid())
+        *ownSize = image.size();
     return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
@@ -77,6 +111,10 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
 
 std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
     QString qpath = QString::fromStdString(path);
+    if (!isRegularFile(qpath)) {
+        Log::write("Image: not a readable file " + path);
+        return nullptr;
+    }
     std::shared_ptr<Image> image(new Image);
     QFile file(qpath);
     QByteArray head;
@@ -119,6 +157,32 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
     return image;
 }
 
+std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path,
+                                                      Size pointsToCover,
+                                                      double backingScale) {
+    const QString qpath = QString::fromStdString(path);
+    QFile file(qpath);
+    QByteArray head;
+    if (isRegularFile(qpath) && file.open(QIODevice::ReadOnly))
+        head = file.peek(1024);
+    // Vectors are drawn at any size, and what is no file is refused there.
+    if (head.isEmpty() || looksLikeSvg(qpath, head))
+        return imageWithContentsOfFile(path);
+
+    const double scale = backingScale > 0 ? backingScale : 1.0;
+    QSize own;
+    QImage pixels =
+        readRaster(qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own);
+    if (pixels.isNull()) {
+        Log::write("Image: cannot read " + path);
+        return nullptr;
+    }
+    std::shared_ptr<Image> image(new Image);
+    image->source_->raster = std::move(pixels);
+    image->size_ = {double(own.width()), double(own.height())};
+    return image;
+}
+
 std::shared_ptr<Image> Image::imageWithSize(Size size, bool flipped, DrawingHandler handler) {
     std::shared_ptr<Image> image(new Image);
     image->size_ = size;
@@ -138,32 +202,64 @@ std::shared_ptr<Image> Image::imageWithBitmap(std::shared_ptr<const Bitmap> bitm
 }
 
 void Image::drawInRect(const Rect& rect, double fraction) const {
+    drawInRect(rect, NSZeroRect, CompositingOperation::SourceOver, fraction);
+}
+
+void Image::drawInRect(const Rect& rect,
+                       const Rect& fromRect,
+                       CompositingOperation operation,
+                       double fraction,
+                       bool,
+                       const ImageHints& hints) const {
     GraphicsContext* context = GraphicsContext::currentContext();
     if (!context || rect.isEmpty() || fraction <= 0)
         return;
+    const Rect whole = NSMakeRect(0, 0, size_.width, size_.height);
+    const Rect from = fromRect.isEmpty() ? whole : fromRect;
+    if (from == whole || whole.isEmpty()) {
+        drawWhole(*context, rect, operation, fraction, hints);
+        return;
+    }
+    // The whole image, scaled so that |from| lands on |rect|, seen through |rect|.
+    const double sx = rect.size.width / from.size.width;
+    const double sy = rect.size.height / from.size.height;
+    const Rect enlarged =
+        NSMakeRect(rect.origin.x - from.origin.x * sx, rect.origin.y - from.origin.y * sy,
+                   size_.width * sx, size_.height * sy);
+    context->saveGraphicsState();
+    context->clipToRect(rect);
+    drawWhole(*context, enlarged, operation, fraction, hints);
+    context->restoreGraphicsState();
+}
+
+void Image::drawWhole(GraphicsContext& context,
+                      const Rect& rect,
+                      CompositingOperation operation,
+                      double fraction,
+                      const ImageHints& hints) const {
     const Source& source = *source_;
 
     if (source.handler) {
         // The handler draws in the image's own coordinates, mapped onto |rect|.
-        context->saveGraphicsState();
-        context->setAlpha(context->alpha() * std::min(fraction, 1.0));
-        context->translateBy(rect.origin.x, rect.origin.y);
+        context.saveGraphicsState();
+        context.setAlpha(context.alpha() * std::min(fraction, 1.0));
+        context.translateBy(rect.origin.x, rect.origin.y);
         Rect own = NSMakeRect(0, 0, size_.width, size_.height);
         if (size_.width > 0 && size_.height > 0)
-            context->painter().scale(rect.size.width / size_.width,
-                                     rect.size.height / size_.height);
+            context.painter().scale(rect.size.width / size_.width, rect.size.height / size_.height);
         else
             own = NSMakeRect(0, 0, rect.size.width, rect.size.height);
         if (flipped_) {
-            context->translateBy(0, own.size.height);
-            context->painter().scale(1, -1);
+            context.translateBy(0, own.size.height);
+            context.painter().scale(1, -1);
         }
         source.handler(own);
-        context->restoreGraphicsState();
+        context.restoreGraphicsState();
         return;
     }
 
-    double pixelsPerPoint = context->toDeviceSpace(rect).size.width / rect.size.width;
+    const Rect device = context.toDeviceSpace(rect);
+    const double pixelsPerPoint = device.size.width / rect.size.width;
     const QImage* pixels = nullptr;
     if (source.bitmap)
         pixels = &source.bitmap->qimage();
@@ -172,10 +268,24 @@ void Image::drawInRect(const Rect& rect, double fraction) const {
     else if (!source.raster.isNull())
         pixels = &source.raster;
 
-    context->paint([&](QPainter& painter) {
+    // An area-filtered copy at the device's size: bilinear sampling alone would skip most of
+    // the pixels of a picture shrunk several times.
+    QImage resampled;
+    if (pixels && hints.interpolation == ImageInterpolation::High) {
+        const QSize target(std::max(1, int(std::lround(device.size.width))),
+                           std::max(1, int(std::lround(device.size.height))));
+        if (target.width() < pixels->width() || target.height() < pixels->height()) {
+            resampled = pixels->scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+            pixels = &resampled;
+        }
+    }
+
+    context.paint([&](QPainter& painter) {
         painter.save();
         GraphicsContext::applyTopDownTransform(painter, rect);
         painter.setOpacity(painter.opacity() * std::min(fraction, 1.0));
+        if (operation == CompositingOperation::Copy)
+            painter.setCompositionMode(QPainter::CompositionMode_Source);
         QRectF target(0, 0, rect.size.width, rect.size.height);
         if (!source.svg.isEmpty()) {
             // Rendered as vectors through the painter's transform: sharp at any scale.
@@ -186,6 +296,11 @@ void Image::drawInRect(const Rect& rect, double fraction) const {
         }
         painter.restore();
     });
+}
+
+Size Image::rasterPixelSize() const {
+    const QImage& pixels = source_->raster.isNull() ? source_->raster2x : source_->raster;
+    return {double(pixels.width()), double(pixels.height())};
 }
 
 std::shared_ptr<Bitmap> Image::bitmapAtScale(double scale) const {

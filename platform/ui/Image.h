@@ -10,8 +10,20 @@ namespace platform {
 
 class Bitmap;
 class Bundle;
+class GraphicsContext;
 
 enum class ImageCacheMode { Default, Always, BySize, Never };
+
+// NSCompositingOperation: copy replaces the destination, source-over blends onto it.
+enum class CompositingOperation { Copy = 1, SourceOver = 2 };
+
+// NSImageInterpolation
+enum class ImageInterpolation { Default = 0, None = 1, Low = 2, High = 3, Medium = 4 };
+
+// The hints of a drawing (NSImageHintInterpolation).
+struct ImageHints {
+    ImageInterpolation interpolation = ImageInterpolation::Default;
+};
 
 // An image of a size in points, drawn sharply at any backing scale: from an SVG (vector), a
 // raster file (PNG/JPEG, with an optional @2x variant), pixels, or a drawing handler that is
@@ -24,8 +36,16 @@ class Image : public std::enable_shared_from_this<Image> {
     static std::shared_ptr<Image> imageNamed(const std::string& name);
     // The named image among |bundle|'s resources; a vector picture wins over a raster one.
     static std::shared_ptr<Image> imageNamed(const std::string& name, const Bundle& bundle);
-    // initWithContentsOfFile / initWithContentsOfURL: nullptr when unreadable.
+    // initWithContentsOfFile / initWithContentsOfURL: nullptr when unreadable (also for what
+    // is not a regular file, which could block a read forever).
     static std::shared_ptr<Image> imageWithContentsOfFile(const std::string& path);
+    // The same picture for a view that covers |pointsToCover| with it at up to |backingScale|
+    // pixels per point: a raster file is decoded only as large as that needs (a photo of tens
+    // of megapixels costs a few hundred kilobytes), while size() stays the file's own, so crops
+    // are still computed in the photo's points.
+    static std::shared_ptr<Image> imageWithContentsOfFile(const std::string& path,
+                                                          Size pointsToCover,
+                                                          double backingScale);
     // imageWithSize:flipped:drawingHandler:
     static std::shared_ptr<Image> imageWithSize(Size size, bool flipped, DrawingHandler handler);
     // An image wrapping rendered pixels (the bitmap's point size is its pixel size / scale).
@@ -41,6 +61,19 @@ class Image : public std::enable_shared_from_this<Image> {
 
     // Draws the whole image into |rect| of the current graphics context at |fraction| opacity.
     void drawInRect(const Rect& rect, double fraction = 1.0) const;
+    // drawInRect:fromRect:operation:fraction:respectFlipped:hints: draws |fromRect| of the
+    // image (in its own points, origin bottom-left; the zero rect means the whole image) into
+    // |rect|. High interpolation resamples the pixels with an area filter, as a photo shrunk to
+    // an icon needs. Views are never flipped, so |respectFlipped| changes nothing here.
+    void drawInRect(const Rect& rect,
+                    const Rect& fromRect,
+                    CompositingOperation operation,
+                    double fraction,
+                    bool respectFlipped = true,
+                    const ImageHints& hints = {}) const;
+    // The pixels a raster image holds (smaller than size() after a covering decode); zero for
+    // other images.
+    Size rasterPixelSize() const;
     // Rasterises the image at |scale| pixels per point.
     std::shared_ptr<Bitmap> bitmapAtScale(double scale) const;
     // The pixels of an image made by imageWithBitmap, its only representation; nullptr for
@@ -51,6 +84,11 @@ class Image : public std::enable_shared_from_this<Image> {
 
   private:
     Image();
+    void drawWhole(GraphicsContext& context,
+                   const Rect& rect,
+                   CompositingOperation operation,
+                   double fraction,
+                   const ImageHints& hints) const;
     struct Source;
     std::shared_ptr<Source> source_;
     Size size_;

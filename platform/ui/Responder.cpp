@@ -54,6 +54,23 @@ void Responder::smartMagnifyWithEvent(const Event& event) {
         next->smartMagnifyWithEvent(event);
 }
 
+void Responder::touchesBeganWithEvent(const Event& event) {
+    if (Responder* next = nextResponder())
+        next->touchesBeganWithEvent(event);
+}
+void Responder::touchesMovedWithEvent(const Event& event) {
+    if (Responder* next = nextResponder())
+        next->touchesMovedWithEvent(event);
+}
+void Responder::touchesEndedWithEvent(const Event& event) {
+    if (Responder* next = nextResponder())
+        next->touchesEndedWithEvent(event);
+}
+void Responder::touchesCancelledWithEvent(const Event& event) {
+    if (Responder* next = nextResponder())
+        next->touchesCancelledWithEvent(event);
+}
+
 void Responder::registerAction(const Selector& selector, ActionHandler handler) {
     if (handler)
         actions_[selector] = std::move(handler);

@@ -35,6 +35,10 @@ class Responder {
     virtual void keyUp(const Event& event);
     virtual void magnifyWithEvent(const Event& event);
     virtual void smartMagnifyWithEvent(const Event& event);
+    virtual void touchesBeganWithEvent(const Event& event);
+    virtual void touchesMovedWithEvent(const Event& event);
+    virtual void touchesEndedWithEvent(const Event& event);
+    virtual void touchesCancelledWithEvent(const Event& event);
 
     virtual bool acceptsFirstResponder() const { return false; }
 

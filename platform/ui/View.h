@@ -91,6 +91,14 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     // The responder chain: the superview, then the window.
     Responder* nextResponder() const override;
 
+    // A press on the view may move its window (the window starts the move after the view has
+    // seen the press).
+    virtual bool mouseDownCanMoveWindow() const { return false; }
+    // Whether the view may be drawn with the vibrancy of a translucent window behind it.
+    virtual bool allowsVibrancy() const { return false; }
+    // Touch events are delivered to the nearest view under the touch that accepts them.
+    virtual bool acceptsTouchEvents() const { return false; }
+
     // Auto layout's notion of a natural size; (-1, -1) means none.
     virtual Size intrinsicContentSize() const { return {-1, -1}; }
     virtual void invalidateIntrinsicContentSize() {}

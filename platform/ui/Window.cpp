@@ -4,11 +4,13 @@
 #include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
 #include <QPixmap>
 #include <QRasterWindow>
 #include <QScreen>
 #include <QStyleHints>
+#include <QTouchEvent>
 #include <cmath>
 
 #include "platform/core/Log.h"
@@ -157,6 +159,48 @@ class NativeWindow : public QRasterWindow {
                      dragging ? clickCount_ : 0);
     }
 
+    // Touchpad pinches and two-finger double taps arrive as native gestures, touches as touch
+    // events; both become our events at the gesture's position.
+    bool event(QEvent* event) override {
+        switch (event->type()) {
+            case QEvent::NativeGesture: {
+                auto* gesture = static_cast<QNativeGestureEvent*>(event);
+                if (gesture->gestureType() == Qt::ZoomNativeGesture)
+                    deliverGesture(EventType::Magnify, gesture->position(), gesture->value());
+                else if (gesture->gestureType() == Qt::SmartZoomNativeGesture)
+                    deliverGesture(EventType::SmartMagnify, gesture->position(), 0);
+                else
+                    return QRasterWindow::event(event);
+                event->accept();
+                return true;
+            }
+            case QEvent::TouchBegin:
+            case QEvent::TouchUpdate:
+            case QEvent::TouchEnd:
+            case QEvent::TouchCancel: {
+                auto* touch = static_cast<QTouchEvent*>(event);
+                const QPointF position =
+                    touch->points().isEmpty() ? QPointF() : touch->points().first().position();
+                // Touches no view takes are left to Qt, which turns them into mouse events.
+                if (event->type() == QEvent::TouchBegin &&
+                    !owner_->touchTargetAt(baseLocationOf(position)))
+                    return QRasterWindow::event(event);
+                const EventType type =
+                    event->type() == QEvent::TouchBegin    ? EventType::TouchesBegan
+                    : event->type() == QEvent::TouchUpdate ? EventType::TouchesMoved
+                    : event->type() == QEvent::TouchEnd    ? EventType::TouchesEnded
+                                                           : EventType::TouchesCancelled;
+                owner_->sendEvent(*Event::mouseEvent(
+                    type, baseLocationOf(position), 0, modifierFlagsOf(touch->modifiers()),
+                    touch->timestamp() / 1000.0, owner_->windowNumber()));
+                event->accept();
+                return true;
+            }
+            default:
+                return QRasterWindow::event(event);
+        }
+    }
+
     void keyPressEvent(QKeyEvent* event) override { deliverKey(EventType::KeyDown, event); }
     void keyReleaseEvent(QKeyEvent* event) override { deliverKey(EventType::KeyUp, event); }
 
@@ -200,6 +244,10 @@ class NativeWindow : public QRasterWindow {
                                             modifierFlagsOf(event->modifiers()),
                                             event->timestamp() / 1000.0, owner_->windowNumber());
         owner_->sendEvent(*ours);
+    }
+
+    void deliverGesture(EventType type, const QPointF& position, double magnification) {
+        owner_->sendEvent(*Event::magnifyEvent(type, baseLocationOf(position), magnification));
     }
 
     void deliverKey(EventType type, const QKeyEvent* event) {
@@ -285,6 +333,8 @@ void Window::dispatchEvent(const Event& event) {
             if (target->acceptsFirstResponder())
                 makeFirstResponder(target.get());
             target->mouseDown(event);
+            if (target->mouseDownCanMoveWindow())
+                startMoveByPointer();
             return;
         }
         case EventType::LeftMouseDragged: {
@@ -301,6 +351,22 @@ void Window::dispatchEvent(const Event& event) {
                 target->mouseUp(event);
             else
                 mouseUp(event);
+            return;
+        }
+        case EventType::TouchesBegan:
+        case EventType::TouchesMoved:
+        case EventType::TouchesEnded:
+        case EventType::TouchesCancelled: {
+            std::shared_ptr<View> target = touchTargetAt(event.locationInWindow());
+            Responder* responder = target ? static_cast<Responder*>(target.get()) : this;
+            if (type == EventType::TouchesBegan)
+                responder->touchesBeganWithEvent(event);
+            else if (type == EventType::TouchesMoved)
+                responder->touchesMovedWithEvent(event);
+            else if (type == EventType::TouchesEnded)
+                responder->touchesEndedWithEvent(event);
+            else
+                responder->touchesCancelledWithEvent(event);
             return;
         }
         case EventType::KeyDown:
@@ -429,6 +495,19 @@ void Window::makeKeyAndOrderFront() {
     window.raise();
     window.requestActivate();
     window.update();
+}
+
+std::shared_ptr<View> Window::touchTargetAt(Point locationInWindow) const {
+    View* view = contentView_ ? contentView_->hitTest(locationInWindow) : nullptr;
+    while (view && !view->acceptsTouchEvents())
+        view = view->superview();
+    return view ? view->weak_from_this().lock() : nullptr;
+}
+
+void Window::startMoveByPointer() {
+    // The window manager moves the window while the button stays down; offscreen nothing moves.
+    if (isShownOnDisplay())
+        native_->window->startSystemMove();
 }
 
 void Window::close() {

@@ -17,7 +17,9 @@ class Bitmap;
 //
 // Event dispatch: a mouse-down goes to the view hit at its location; the drags and the mouse-up
 // that follow go to that same view, wherever the pointer is. Right-button, move and magnify
-// events go to the view under the pointer. Keys go to the first responder (the window itself
+// events go to the view under the pointer; touches to the nearest view under the touch that
+// accepts touch events. A press on a view whose mouseDownCanMoveWindow is true then moves the
+// window (on a display). Keys go to the first responder (the window itself
 // when none is set). A mouse-down on a view that accepts first responder makes it first
 // responder. When shown on a display the window is a real QWindow whose Qt mouse and key events
 // become our events; without a display it exists offscreen and events are delivered through
@@ -83,11 +85,14 @@ class Window : public Responder {
     void viewWillLeave(View* view);
     // Platform internals: the window on the display was hidden (closed by the user).
     void nativeWindowHidden();
+    // Platform internals: the nearest view under |locationInWindow| that accepts touch events.
+    std::shared_ptr<View> touchTargetAt(Point locationInWindow) const;
     // True while the window is shown on a display (not offscreen).
     bool isShownOnDisplay() const;
 
   private:
     void dispatchEvent(const Event& event);
+    void startMoveByPointer();
     struct Native;
     std::unique_ptr<Native> native_;
     std::shared_ptr<View> contentView_;

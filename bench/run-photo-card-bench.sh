@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# parley-share --snapshot for one 8000 x 6000 JPEG against the same run for a text file, run
+# alternately from exec to exit: wall time and peak RSS. The JPEG is made here by make_photo.
+# Usage: bench/run-photo-card-bench.sh [build-dir] [runs] [scale]
+set -euo pipefail
+build="${1:-build/default}"
+runs="${2:-15}"
+scale="${3:-2}"
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+export QT_QPA_PLATFORM=offscreen HOME="$work/home" XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data"
+mkdir -p "$HOME"
+
+"$build/bench/make_photo" "$work/photo.jpg" 8000 6000
+echo "A few lines of notes." >"$work/notes.txt"
+
+measure() {  # prints "seconds kilobytes"; time(1) counts only centiseconds, so time it here
+    local start end
+    start=$(date +%s%N)
+    /usr/bin/time -f "%M" -o "$work/t" "$@" >/dev/null 2>&1 || true
+    end=$(date +%s%N)
+    echo "$(echo "($end - $start) / 1000000000" | bc -l) $(cat "$work/t")"
+}
+median() { sort -n | awk '{a[NR]=$1} END {print (NR%2 ? a[(NR+1)/2] : (a[NR/2]+a[NR/2+1])/2)}'; }
+
+: >"$work/photo"; : >"$work/text"
+for _ in $(seq "$runs"); do
+    measure "$build/bin/parley-share" --snapshot "$work/p.png" --scale "$scale" "$work/photo.jpg" >>"$work/photo"
+    measure "$build/bin/parley-share" --snapshot "$work/t.png" --scale "$scale" "$work/notes.txt" >>"$work/text"
+done
+photo_t=$(cut -d' ' -f1 "$work/photo" | median); text_t=$(cut -d' ' -f1 "$work/text" | median)
+photo_m=$(cut -d' ' -f2 "$work/photo" | median); text_m=$(cut -d' ' -f2 "$work/text" | median)
+echo "card snapshot at scale $scale, 8000 x 6000 JPEG ($(du -k "$work/photo.jpg" | cut -f1) KiB) vs text file, $runs runs each, medians"
+printf 'wall:     photo %.4f s   text %.4f s   ratio %.2fx (target <= 1.5x)\n' \
+    "$photo_t" "$text_t" "$(echo "$photo_t / $text_t" | bc -l)"
+printf 'peak RSS: photo %d KiB   text %d KiB   ratio %.2fx (target <= 1.3x)\n' \
+    "$photo_m" "$text_m" "$(echo "$photo_m / $text_m" | bc -l)"
