@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <vector>
 
 #include "platform/core/Log.h"
 
@@ -39,16 +40,16 @@ plist_t newString(const std::string& text) {
     return plist_new_string(valid.constData());
 }
 
+// A string holding a NUL byte (possible in a binary property list) is no text of ours; it is
+// read as absent. (libplist's plist_get_string_val aborts on one.)
 std::optional<std::string> stringOf(plist_t node) {
     if (!node || plist_get_node_type(node) != PLIST_STRING)
         return std::nullopt;
-    char* text = nullptr;
-    plist_get_string_val(node, &text);
-    if (!text)
+    uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    if (!text || std::memchr(text, '\0', length))
         return std::nullopt;
-    std::string out(text);
-    std::free(text);
-    return out;
+    return std::string(text, length);
 }
 
 std::optional<PropertyValue> valueOf(plist_t node) {
@@ -65,6 +66,50 @@ std::optional<PropertyValue> valueOf(plist_t node) {
         array.push_back(*item);
     }
     return PropertyValue(std::move(array));
+}
+
+// Whether |node| written as a binary property list reads back.
+bool survivesRewrite(plist_t node) {
+    char* bytes = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(node, &bytes, &length);
+    plist_t back = nullptr;
+    if (bytes)
+        plist_from_bin(bytes, length, &back);
+    plist_to_bin_free(bytes);
+    if (!back)
+        return false;
+    plist_free(back);
+    return true;
+}
+
+// libplist reads some entries that it cannot write back (a key that is not UTF-8, say); kept,
+// one would make every later flush write a file that nobody can read. Such entries are dropped.
+void dropEntriesThatCannotBeRewritten(plist_t dict) {
+    if (survivesRewrite(dict))
+        return;
+    std::vector<std::string> keys;
+    plist_dict_iter iter = nullptr;
+    plist_dict_new_iter(dict, &iter);
+    for (char* key = nullptr; iter; key = nullptr) {
+        plist_t node = nullptr;
+        plist_dict_next_item(dict, iter, &key, &node);
+        if (!key)
+            break;
+        keys.emplace_back(key);
+        std::free(key);
+    }
+    std::free(iter);
+    for (const auto& key : keys) {
+        plist_t one = plist_new_dict();
+        plist_dict_set_item(one, key.c_str(), plist_copy(plist_dict_get_item(dict, key.c_str())));
+        if (!survivesRewrite(one)) {
+            plist_dict_remove_item(dict, key.c_str());
+            Log::write("PropertyList: an entry that cannot be written back is dropped [" + key +
+                       "].");
+        }
+        plist_free(one);
+    }
 }
 
 }  // namespace
@@ -168,6 +213,7 @@ std::optional<PropertyListCodec::Dictionary> PropertyListCodec::parseDictionary(
         plist_free(root);
         return std::nullopt;
     }
+    dropEntriesThatCannotBeRewritten(root);
     return Dictionary(root);
 }
 
