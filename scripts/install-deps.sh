@@ -11,6 +11,8 @@ packages=(
   fonts-dejavu-core
   xvfb xauth xdotool
 )
+# scripts/fuzz.sh needs clang and its libFuzzer runtime.
+if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <QString>
+#include <QUtf8StringView>
 
 #include <cerrno>
 #include <cstdlib>
@@ -68,27 +69,49 @@ std::optional<PropertyValue> valueOf(plist_t node) {
     return PropertyValue(std::move(array));
 }
 
-// Whether |node| written as a binary property list reads back.
-bool survivesRewrite(plist_t node) {
-    char* bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(node, &bytes, &length);
-    plist_t back = nullptr;
-    if (bytes)
-        plist_from_bin(bytes, length, &back);
-    plist_to_bin_free(bytes);
-    if (!back)
-        return false;
-    plist_free(back);
-    return true;
+bool isText(const char* text, size_t length) {
+    return !std::memchr(text, '\0', length) &&
+           QUtf8StringView(text, static_cast<qsizetype>(length)).isValidUtf8();
 }
 
-// libplist reads some entries that it cannot write back (a key that is not UTF-8, say); kept,
-// one would make every later flush write a file that nobody can read. Such entries are dropped.
+// Whether every string and key in |node| is UTF-8 without NUL bytes. libplist reads others from
+// a file but cannot write them back (its binary writer overruns its buffer on them).
+bool canBeRewritten(plist_t node) {
+    switch (plist_get_node_type(node)) {
+        case PLIST_STRING: {
+            uint64_t length = 0;
+            const char* text = plist_get_string_ptr(node, &length);
+            return text && isText(text, length);
+        }
+        case PLIST_ARRAY:
+            for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
+                if (!canBeRewritten(plist_array_get_item(node, i)))
+                    return false;
+            return true;
+        case PLIST_DICT: {
+            bool ok = true;
+            plist_dict_iter iter = nullptr;
+            plist_dict_new_iter(node, &iter);
+            for (char* key = nullptr; iter && ok; key = nullptr) {
+                plist_t item = nullptr;
+                plist_dict_next_item(node, iter, &key, &item);
+                if (!key)
+                    break;
+                ok = isText(key, std::strlen(key)) && canBeRewritten(item);
+                std::free(key);
+            }
+            std::free(iter);
+            return ok;
+        }
+        default:
+            return true;
+    }
+}
+
+// Entries that could not be written back would make every later flush fail or write a file that
+// nobody can read: they are dropped when the file is read (logged).
 void dropEntriesThatCannotBeRewritten(plist_t dict) {
-    if (survivesRewrite(dict))
-        return;
-    std::vector<std::string> keys;
+    std::vector<std::string> dropped;
     plist_dict_iter iter = nullptr;
     plist_dict_new_iter(dict, &iter);
     for (char* key = nullptr; iter; key = nullptr) {
@@ -96,19 +119,16 @@ void dropEntriesThatCannotBeRewritten(plist_t dict) {
         plist_dict_next_item(dict, iter, &key, &node);
         if (!key)
             break;
-        keys.emplace_back(key);
+        if (!isText(key, std::strlen(key)) || !canBeRewritten(node))
+            dropped.emplace_back(key);
         std::free(key);
     }
     std::free(iter);
-    for (const auto& key : keys) {
-        plist_t one = plist_new_dict();
-        plist_dict_set_item(one, key.c_str(), plist_copy(plist_dict_get_item(dict, key.c_str())));
-        if (!survivesRewrite(one)) {
-            plist_dict_remove_item(dict, key.c_str());
-            Log::write("PropertyList: an entry that cannot be written back is dropped [" + key +
-                       "].");
-        }
-        plist_free(one);
+    for (const auto& key : dropped) {
+        plist_dict_remove_item(dict, key.c_str());
+        Log::write("PropertyList: an entry that cannot be written back is dropped [" +
+                   QString::fromUtf8(key.data(), static_cast<int>(key.size())).toStdString() +
+                   "].");
     }
 }
 
