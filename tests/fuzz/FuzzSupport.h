@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -19,14 +20,26 @@ inline std::string text(const uint8_t* data, size_t size) {
     return std::string(reinterpret_cast<const char*>(data), size);
 }
 
-// A private scratch folder for targets that load files, made once per process.
+// A private scratch folder for targets that load files, made once per process and removed at its
+// exit; in memory where possible, since the store syncs every write.
 inline const std::string& scratch() {
-    static const std::string folder = [] {
-        char pattern[] = "/tmp/parley-fuzz-XXXXXX";
-        const char* made = mkdtemp(pattern);
-        return std::string(made ? made : "/tmp");
-    }();
-    return folder;
+    static const struct Folder {
+        std::string path;
+        Folder() {
+            for (const char* base : {"/dev/shm", "/tmp"}) {
+                std::string pattern = std::string(base) + "/parley-fuzz-XXXXXX";
+                if (mkdtemp(pattern.data())) {
+                    path = pattern;
+                    return;
+                }
+            }
+        }
+        ~Folder() {
+            std::error_code ignored;
+            std::filesystem::remove_all(path, ignored);
+        }
+    } folder;
+    return folder.path;
 }
 
 inline void writeFile(const std::string& path, const std::string& bytes) {
