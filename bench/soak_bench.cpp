@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
     const std::string records = root + "/records.jsonl";
     const std::string pidFile = root + "/host.pid";
     const std::string start = "'" + app + "/Contents/MacOS/parley-host' --exit-after " +
-                              std::to_string(shares) + " --record-file '" + records +
+                              std::to_string(shares + 1) + " --record-file '" + records +
                               "' >/dev/null 2>&1 & echo $! > '" + pidFile + "'";
     if (std::system(start.c_str()) != 0 ||
         !waitUntil([&] { return readLines(records).size() == 1; }, std::chrono::seconds(30)))
@@ -163,6 +163,7 @@ int main(int argc, char** argv) {
     // Bounded: a few descriptors and 16 MiB of slack for allocator and cache growth once warm.
     const bool bounded = end.descriptors <= warm.descriptors + 4 &&
                          end.rssKilobytes <= warm.rssKilobytes + 16384 &&
+                         endHost.descriptors > 0 &&  // the host still runs
                          endHost.descriptors <= warmHost.descriptors + 4 &&
                          endHost.rssKilobytes <= warmHost.rssKilobytes + 16384;
     std::system(("kill " + hostPid).c_str());

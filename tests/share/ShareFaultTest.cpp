@@ -78,8 +78,8 @@ TEST_F(ShareFaultTest, NamesThatAreNotUtf8AreListedAsCopied) {
     EXPECT_EQ(readAll(c + "/caf%E8.txt"), "e8");
 }
 
-// "." and ".." share the folders they stand for; a file URL with no path or an encoded NUL is
-// refused as an argument, before anything is shared.
+// "." and ".." share the folders they stand for; "/" is refused; a file URL with no path or an
+// encoded NUL is refused as an argument, before anything is shared.
 TEST_F(ShareFaultTest, DotsNameTheirFoldersAndBadFileUrlsAreRefused) {
     fs::create_directories(files_.file("work/shared"));
     files_.writeText("work/shared/x.txt", "x");
@@ -89,6 +89,8 @@ TEST_F(ShareFaultTest, DotsNameTheirFoldersAndBadFileUrlsAreRefused) {
     const std::string c = containerPath();
     EXPECT_EQ(listedPaths(), (std::set<std::string>{c + "/shared", c + "/work"}));
     EXPECT_EQ(readAll(c + "/work/shared/x.txt"), "x");
+    EXPECT_EQ(run(share("--action fav /")), 0);  // the root has no name: refused, never copied
+    EXPECT_EQ(stored(handoff::kShareInvalidFileNamesKey), PropertyValue(StringArray{"/"}));
     for (const std::string& url :
          {std::string("file:"), "file://" + files_.file("secret.txt") + "%00junk"})
         EXPECT_EQ(run(share("--action fav --url " + quoted(url))), 64) << url;
