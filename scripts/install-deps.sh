@@ -15,6 +15,8 @@ packages=(
   desktop-file-utils appstream dpkg-dev file python3
   gdb
 )
+# scripts/fuzz.sh needs clang and its libFuzzer runtime.
+if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -64,8 +64,11 @@ class ShareViewController : public platform::ViewController {
     static int64_t GetFileSize(const std::string& path);
     // True for files above the size limit; an unmeasurable path is never invalid.
     static bool isInvalidFile(const std::string& path);
-    // "%.1fM" below 1 GiB, else "%.1fG", computed in single precision; "" when unmeasurable.
+    // "%.1fM" below 1 GiB, else "%.1fG", computed in single precision; kUnknownSizeText when
+    // unmeasurable.
     static std::string invalidFileSizeString(const std::string& path);
+    // The size text of a refused item that has no size to tell.
+    static constexpr const char* kUnknownSizeText = "?";
 
     // Files strictly larger are listed by name and size instead of being copied.
     static constexpr int64_t kMaxFileSize = 104857600;
@@ -172,7 +175,9 @@ class ShareViewController : public platform::ViewController {
     void takeAction(ShareEntry entry, const char* entryText);
     void writeUrlToSharedFolder();
     void writeFilesToSharedFolder();
+    // |position| counts attachments from 1, to name one that delivered nothing.
     void exportFile(const std::shared_ptr<FileExport>& fileExport,
+                    size_t position,
                     const std::optional<platform::Url>& item);
     void finishFileExport(const platform::StringArray& fileUrlArr,
                           const platform::StringArray& invalidFileNameArr,

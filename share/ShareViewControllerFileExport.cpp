@@ -29,13 +29,19 @@ std::string withoutTrailingSlash(std::string path) {
 // export's lock so that copies run in parallel; the appends, their log lines and the
 // completeness test happen under it, so exactly one completion finishes the export.
 //
-// Two outcomes are ours to define, and both account for the attachment so that the export
-// completes and the host is woken:
-// - a load that delivers no file URL is listed as a refused file with an empty name and an empty
-//   size text (the host learns that an attachment did not arrive);
-// - a group with no shared container refuses every file: its name and size text are listed with
-//   the refused files, nothing is copied.
+// What is listed and what lies in the container agree:
+// - a file is listed under the name it is copied to: its own name, or, when that name is not
+//   UTF-8 (which the store cannot hold), the name with its stray bytes written as %XX;
+// - the copy moves into place only when whole, so a killed share leaves no partial file under
+//   that name, and a file that grew past the limit since it was measured is refused instead;
+// - an attachment that cannot be copied at all is listed as refused with a name the host can
+//   show: one that delivered no file URL as "attachment N" (N counting from 1; the URL itself
+//   when a web link came instead), the root folder as "/", and any file when the group has no
+//   shared container. Its size text is "?" when there is no size to tell.
+// A copy that fails for another reason (the name already taken, no space, no permission) is
+// listed at its destination all the same: the host finds whatever lies there.
 void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExport,
+                                     size_t position,
                                      const std::optional<platform::Url>& item) {
     std::optional<std::string> container =
         platform::FileManager::defaultManager().containerURLForSecurityApplicationGroupIdentifier(
@@ -45,25 +51,32 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
     log("sharedFolder path[" + (container ? *container : std::string("(null)")) + "].");
 
     const std::string source = item && item->isFileURL() ? item->path() : std::string();
+    const std::string name =
+        platform::FileManager::storableFileName(item ? item->lastPathComponent() : std::string());
     bool accepted = false;
-    std::string name;
+    std::string refusedName = name;
     std::string sizeText;
     std::string destination;
     if (source.empty()) {
+        refusedName = item ? item->absoluteString() : "attachment " + std::to_string(position);
+        sizeText = kUnknownSizeText;
         log("attachment delivered no file URL; listed as refused.");
     } else if (isInvalidFile(source)) {
-        name = item->lastPathComponent();
         sizeText = invalidFileSizeString(source);
     } else if (!container) {
-        name = item->lastPathComponent();
         sizeText = invalidFileSizeString(source);
         log("no shared folder; not copied [" + source + "].");
+    } else if (name == "/") {
+        // The whole file system is never copied.
+        sizeText = invalidFileSizeString(source);
+        log("the root folder has no name to copy to; not copied [" + source + "].");
     } else {
-        accepted = true;
-        destination = *container + "/" + item->lastPathComponent();
-        // A failed copy (the name already taken, no space, a FIFO) is not examined: the
-        // destination is listed all the same and the host finds whatever lies there.
-        platform::FileManager::defaultManager().copyItemAtPath(source, destination);
+        destination = *container + "/" + name;
+        accepted =
+            platform::FileManager::defaultManager().copyItemAtPath(
+                source, destination, kMaxFileSize, nullptr) != platform::CopyResult::TooLarge;
+        if (!accepted)
+            sizeText = invalidFileSizeString(source);  // it grew past the limit since measured
     }
 
     platform::StringArray fileUrlArr;
@@ -75,7 +88,7 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
             fileExport->fileUrlArr.push_back(destination);
             log("fileUrlArr addObject [" + source + "].");
         } else {
-            fileExport->invalidFileNameArr.push_back(name);
+            fileExport->invalidFileNameArr.push_back(refusedName);
             fileExport->invalidFileSizeArr.push_back(sizeText);
         }
         log("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
@@ -124,7 +137,7 @@ std::string ShareViewController::invalidFileSizeString(const std::string& path) 
     const int64_t n = GetFileSize(path);
     // A file that vanished since it was refused has no size to tell.
     if (n < 0)
-        return {};
+        return kUnknownSizeText;
     // Single precision on purpose: 1,073,741,823 bytes rounds up to 1024.0M.
     const float f = static_cast<float>(n);
     char text[64];

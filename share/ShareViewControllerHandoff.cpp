@@ -72,19 +72,22 @@ void ShareViewController::writeFilesToSharedFolder() {
     auto fileExport = std::make_shared<FileExport>(attachments.size());
     log("item.attachments count[" + std::to_string(attachments.size()) + "].");
     auto self = strongSelf();
+    size_t position = 0;
     for (const auto& attachment : attachments) {
+        ++position;
         if (!attachment) {
             // A missing provider delivers nothing, like a failed load, off the main thread.
-            platform::WorkerPool::shared().async(
-                [self, fileExport] { self->exportFile(fileExport, std::nullopt); });
+            platform::WorkerPool::shared().async([self, fileExport, position] {
+                self->exportFile(fileExport, position, std::nullopt);
+            });
             continue;
         }
         // Every attachment is treated as a file, whatever its own types.
         attachment->loadItemForTypeIdentifier(
             platform::kUTTypeFileURL, nullptr,
-            [self, fileExport](const std::optional<platform::Url>& item,
-                               const std::optional<platform::Error>&) {
-                self->exportFile(fileExport, item);
+            [self, fileExport, position](const std::optional<platform::Url>& item,
+                                         const std::optional<platform::Error>&) {
+                self->exportFile(fileExport, position, item);
             });
     }
 }

@@ -37,19 +37,21 @@ bool EventLoop::runUntil(const std::function<bool()>& done, std::chrono::millise
     if (!QCoreApplication::instance()) {
         // No loop to run: only other threads can make |done| true.
         while (!done() && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            std::this_thread::sleep_for(kUnannouncedChangeInterval / 10);
         return done();
     }
-    QEventLoop loop;
-    QTimer poll;
-    poll.setTimerType(Qt::PreciseTimer);
-    poll.setInterval(1);
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        if (done() || std::chrono::steady_clock::now() >= deadline)
-            loop.quit();
-    });
-    poll.start();
-    loop.exec();
+    // The thread sleeps until an event comes: the end of a worker task wakes it (endWork), so do
+    // the deadline and, for changes that nothing announces (another process, a thread of its
+    // own), a slow recheck.
+    QTimer deadlineTimer;
+    deadlineTimer.setTimerType(Qt::PreciseTimer);
+    deadlineTimer.setSingleShot(true);
+    deadlineTimer.start(
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()));
+    QTimer recheck;
+    recheck.start(kUnannouncedChangeInterval);
+    while (!done() && std::chrono::steady_clock::now() < deadline)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return done();
 }
 
@@ -68,6 +70,9 @@ void EventLoop::beginWork() {
 
 void EventLoop::endWork() {
     pendingCount.fetch_sub(1, std::memory_order_acq_rel);
+    // A waiting main thread re-checks its condition: the work may have been what it waits for.
+    if (!MainQueue::isMainThread())
+        MainQueue::wakeMainThread();
 }
 
 int EventLoop::pendingWork() {

@@ -17,9 +17,12 @@ class EventLoop {
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
-    // Runs the loop until |done| is true (checked after each event) or |timeout| passed.
-    // Returns |done|'s final value.
+    // Runs the loop until |done| is true or |timeout| passed; returns |done|'s final value.
+    // |done| is checked after each event and after each worker or main-queue task; the thread
+    // sleeps in between. A change that none of these announces is noticed within
+    // kUnannouncedChangeInterval.
     static bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
+    static constexpr std::chrono::milliseconds kUnannouncedChangeInterval{250};
     // Runs the loop until no pending work is left: worker-pool tasks, main-queue tasks (delayed
     // ones included). Returns false when |timeout| passed first.
     static bool runUntilIdle(std::chrono::milliseconds timeout);

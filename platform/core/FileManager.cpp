@@ -3,14 +3,22 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <set>
 #include <vector>
 
 #include "platform/core/Log.h"
@@ -22,6 +30,10 @@ namespace {
 
 // Folder nesting deeper than this is refused rather than running out of descriptors.
 constexpr int kMaxDepth = 128;
+
+// A copy in progress is named "<prefix><pid>-<n>" beside its destination; one whose process is
+// gone was interrupted and is removed when the container is next looked up.
+const char* const kPartialPrefix = ".parley-partial-";
 
 class Fd {
   public:
@@ -48,8 +60,9 @@ class Fd {
 class Copier {
   public:
     std::string error;
-    // The top-level folder was made by this copy, so a failed copy may remove it whole.
-    bool createdTopFolder = false;
+    // A regular file at the top larger than this when opened is not copied (-1: no limit).
+    int64_t maxFileBytes = -1;
+    bool tooLarge = false;
 
     bool copyEntry(int srcDir,
                    const std::string& srcName,
@@ -62,11 +75,18 @@ class Copier {
         if (::fstatat(srcDir, srcName.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0)
             return fail(srcShown, errno);
         if (S_ISREG(st.st_mode))
-            return copyFile(srcDir, srcName, srcShown, st, dstDir, dstName, dstShown);
+            return copyFile(srcDir, srcName, srcShown, st, dstDir, dstName, dstShown,
+                            depth == 0 ? maxFileBytes : -1);
         if (S_ISLNK(st.st_mode))
             return copyLink(srcDir, srcName, srcShown, dstDir, dstName, dstShown);
         if (S_ISDIR(st.st_mode))
             return copyFolder(srcDir, srcName, srcShown, st, dstDir, dstName, dstShown, depth);
+        if (depth > 0) {
+            // A pipe, socket or device has no contents to copy; the folder goes without it.
+            Log::write("FileManager: " + srcShown +
+                       " is not a regular file, folder or symbolic link; left out of the copy.");
+            return true;
+        }
         error = srcShown + ": not a regular file, folder or symbolic link; refused";
         return false;
     }
@@ -106,7 +126,8 @@ class Copier {
                   const struct stat& seen,
                   int dstDir,
                   const std::string& dstName,
-                  const std::string& dstShown) {
+                  const std::string& dstShown,
+                  int64_t limit) {
         // O_NONBLOCK: should a FIFO have been swapped in after the lstat, opening must not wait.
         Fd src(::openat(srcDir, srcName.c_str(),
                         O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
@@ -117,6 +138,11 @@ class Copier {
             return fail(srcShown, errno);
         if (!S_ISREG(st.st_mode) || st.st_ino != seen.st_ino || st.st_dev != seen.st_dev) {
             error = srcShown + ": changed while being copied; refused";
+            return false;
+        }
+        if (limit >= 0 && st.st_size > limit) {
+            tooLarge = true;
+            error = srcShown + ": larger than " + std::to_string(limit) + " bytes; not copied";
             return false;
         }
         // O_EXCL|O_NOFOLLOW: fails on anything lying there, a dangling link included.
@@ -141,18 +167,23 @@ class Copier {
     }
 
     // Reflink, else copy_file_range, else sendfile: the data never passes through user space.
+    // At most |size| bytes (the size when opened): what a writer appends meanwhile is left out.
     bool kernelCopy(int src,
                     int dst,
                     off_t size,
                     const std::string& srcShown,
                     const std::string& dstShown) {
         if (size > 0 && ::ioctl(dst, FICLONE, src) == 0)
-            return true;
+            return ::ftruncate(dst, size) == 0 || fail(dstShown, errno);
+        off_t left = size;
+        auto chunk = [&left] { return static_cast<size_t>(std::min<off_t>(left, 1 << 30)); };
         bool useSendfile = false;
-        for (;;) {
-            ssize_t n = ::copy_file_range(src, nullptr, dst, nullptr, 1 << 30, 0);
-            if (n > 0)
+        while (left > 0) {
+            ssize_t n = ::copy_file_range(src, nullptr, dst, nullptr, chunk(), 0);
+            if (n > 0) {
+                left -= n;
                 continue;
+            }
             if (n == 0)
                 return true;
             if (errno == EINTR)
@@ -167,10 +198,12 @@ class Copier {
         if (useSendfile) {
             // copy_file_range may have moved part of the data before refusing; carry on from
             // the current offsets.
-            for (;;) {
-                ssize_t n = ::sendfile(dst, src, nullptr, 1 << 30);
-                if (n > 0)
+            while (left > 0) {
+                ssize_t n = ::sendfile(dst, src, nullptr, chunk());
+                if (n > 0) {
+                    left -= n;
                     continue;
+                }
                 if (n == 0)
                     return true;
                 if (errno == EINTR)
@@ -206,8 +239,6 @@ class Copier {
         // mkdir fails on anything already there; the folder stays private until complete.
         if (::mkdirat(dstDir, dstName.c_str(), 0700) != 0)
             return fail(dstShown, errno);
-        if (depth == 0)
-            createdTopFolder = true;
         Fd dst(::openat(dstDir, dstName.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (dst.get() < 0)
             return fail(dstShown, errno);
@@ -256,6 +287,98 @@ std::string nameOf(std::string path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+std::string partialName() {
+    static std::atomic<unsigned> counter{0};
+    return kPartialPrefix + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+}
+
+// Moves the finished copy |from| to |to| in |dir| unless something lies at |to| by then.
+bool moveIntoPlace(int dir, const std::string& from, const std::string& to, std::string& error) {
+    if (::renameat2(dir, from.c_str(), dir, to.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS) {
+        error = to + ": " + std::strerror(errno);
+        return false;
+    }
+    // A file system without no-replace renames: a hard link does not replace either.
+    struct stat st {};
+    if (::fstatat(dir, from.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISDIR(st.st_mode)) {
+        if (::linkat(dir, from.c_str(), dir, to.c_str(), 0) != 0) {
+            error = to + ": " + std::strerror(errno);
+            return false;
+        }
+        ::unlinkat(dir, from.c_str(), 0);
+        return true;
+    }
+    // A folder there: test, then rename (the gap between the two is the best this file system
+    // allows).
+    if (::fstatat(dir, to.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
+        error = to + ": " + std::strerror(EEXIST);
+        return false;
+    }
+    if (::renameat(dir, from.c_str(), dir, to.c_str()) != 0) {
+        error = to + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+// Whether process |pid| still runs: it exists and has not exited (a killed process may linger as
+// a zombie when nobody reaps it).
+bool isRunning(long pid) {
+    if (pid <= 0 || (::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH))
+        return false;
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    const std::string text((std::istreambuf_iterator<char>(stat)), {});
+    const size_t end = text.rfind(')');
+    return end == std::string::npos || text.compare(end, 3, ") Z") != 0;
+}
+
+// Removes the copies in |folder| that a process which is gone left unfinished.
+void removeInterruptedCopies(const std::string& folder) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.rfind(kPartialPrefix, 0) != 0)
+            continue;
+        const long pid = std::strtol(name.c_str() + std::strlen(kPartialPrefix), nullptr, 10);
+        if (!isRunning(pid)) {
+            std::error_code ignored;
+            std::filesystem::remove_all(entry.path(), ignored);
+            Log::write("FileManager: removed the interrupted copy " + entry.path().string() + ".");
+        }
+    }
+}
+
+// The length of the UTF-8 character at |at| (well formed, shortest form, no surrogates), or 0.
+size_t utf8CharacterLength(const unsigned char* at, size_t left) {
+    const unsigned char c = at[0];
+    size_t length;
+    unsigned lowest, first;
+    if (c < 0x80)
+        return 1;
+    if ((c & 0xe0) == 0xc0) {
+        length = 2, lowest = 0x80, first = c & 0x1f;
+    } else if ((c & 0xf0) == 0xe0) {
+        length = 3, lowest = 0x800, first = c & 0x0f;
+    } else if ((c & 0xf8) == 0xf0) {
+        length = 4, lowest = 0x10000, first = c & 0x07;
+    } else {
+        return 0;
+    }
+    if (left < length)
+        return 0;
+    unsigned value = first;
+    for (size_t i = 1; i < length; ++i) {
+        if ((at[i] & 0xc0) != 0x80)
+            return 0;
+        value = (value << 6) | (at[i] & 0x3f);
+    }
+    if (value < lowest || value > 0x10ffff || (value >= 0xd800 && value <= 0xdfff))
+        return 0;
+    return length;
+}
+
 }  // namespace
 
 FileManager& FileManager::defaultManager() {
@@ -278,49 +401,92 @@ std::optional<std::string> FileManager::containerURLForSecurityApplicationGroupI
                    "]: " + error);
         return std::nullopt;
     }
+    // Once per container and process: what an interrupted share left is cleared away.
+    static std::mutex sweptMutex;
+    static std::set<std::string> swept;
+    std::lock_guard<std::mutex> lock(sweptMutex);
+    if (swept.insert(container).second)
+        removeInterruptedCopies(container);
     return container;
 }
 
 bool FileManager::copyItemAtPath(const std::string& source,
-                                 const std::string& destinationPath,
+                                 const std::string& destination,
                                  std::string* error) {
+    return copyItemAtPath(source, destination, -1, error) == CopyResult::Copied;
+}
+
+CopyResult FileManager::copyItemAtPath(const std::string& source,
+                                       const std::string& destinationPath,
+                                       int64_t maxFileBytes,
+                                       std::string* error) {
     std::string reason;
-    bool ok = false;
+    CopyResult result = CopyResult::Failed;
     std::string destination = destinationPath;
     while (destination.size() > 1 && destination.back() == '/')
         destination.pop_back();
-    std::string dstName = nameOf(destination);
-    if (source.empty() || destination.empty() || dstName == "/" || dstName == "." ||
-        dstName == "..") {
+    const std::string dstName = nameOf(destination);
+    const std::string folder = parentOf(destination);
+    struct stat existing {};
+    if (source.empty() || destination.empty() || !Paths::isPlainName(dstName)) {
         reason = "cannot copy [" + source + "] to [" + destination + "]: not a usable path";
     } else {
-        Fd dstParent(::open(parentOf(destination).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        Fd dstParent(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (dstParent.get() < 0) {
-            reason = parentOf(destination) + ": " + std::strerror(errno);
+            reason = folder + ": " + std::strerror(errno);
+        } else if (::fstatat(dstParent.get(), dstName.c_str(), &existing, AT_SYMLINK_NOFOLLOW) ==
+                   0) {
+            // Checked first so that a taken name costs no copy; the final move checks again.
+            reason = destination + ": " + std::strerror(EEXIST);
         } else {
             Copier copier;
+            copier.maxFileBytes = maxFileBytes;
             std::string srcName = source;
             while (srcName.size() > 1 && srcName.back() == '/')
                 srcName.pop_back();
-            ok = copier.copyEntry(AT_FDCWD, srcName, source, dstParent.get(), dstName, destination,
-                                  0);
-            if (!ok) {
-                reason = copier.error;
-                // A folder copied in part is ours alone (mkdir created it): remove it whole.
-                if (copier.createdTopFolder) {
-                    std::error_code ignored;
-                    std::filesystem::remove_all(destination, ignored);
-                }
+            const std::string partial = partialName();
+            if (copier.copyEntry(AT_FDCWD, srcName, source, dstParent.get(), partial, destination,
+                                 0) &&
+                moveIntoPlace(dstParent.get(), partial, dstName, reason)) {
+                result = CopyResult::Copied;
+            } else {
+                if (reason.empty())
+                    reason = copier.error;
+                if (copier.tooLarge)
+                    result = CopyResult::TooLarge;
+                std::error_code ignored;
+                std::filesystem::remove_all(folder + "/" + partial, ignored);
             }
         }
     }
-    if (!ok) {
+    if (result != CopyResult::Copied) {
         Log::write("FileManager: copy of [" + source + "] to [" + destination +
                    "] failed: " + reason);
         if (error)
             *error = reason;
     }
-    return ok;
+    return result;
+}
+
+std::string FileManager::storableFileName(const std::string& name) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(name.data());
+    std::string out;
+    bool escaped = false;
+    for (size_t i = 0; i < name.size();) {
+        const size_t length = utf8CharacterLength(bytes + i, name.size() - i);
+        if (length > 0 && bytes[i] != '%') {
+            out.append(name, i, length);
+            i += length;
+            continue;
+        }
+        char hex[4];
+        std::snprintf(hex, sizeof hex, "%%%02X", bytes[i]);
+        out += hex;
+        escaped = escaped || length == 0;
+        ++i;
+    }
+    // A name that is UTF-8 throughout is kept as it is, "%" included.
+    return escaped ? out : name;
 }
 
 }  // namespace platform

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
@@ -65,11 +66,19 @@ void writeAll(int fd, const std::string& text) {
 
 }  // namespace
 
+static std::atomic<bool> systemOutput{true};
+
+void Log::setSystemOutput(bool enabled) {
+    systemOutput = enabled;
+}
+
 void Log::write(const std::string& line) {
-    openSyslogOnce();
-    syslog(LOG_NOTICE, "%s", line.c_str());
-    // One write() per line so that lines from several threads do not interleave.
-    writeAll(STDERR_FILENO, stderrPrefix() + line + "\n");
+    if (systemOutput) {
+        openSyslogOnce();
+        syslog(LOG_NOTICE, "%s", line.c_str());
+        // One write() per line so that lines from several threads do not interleave.
+        writeAll(STDERR_FILENO, stderrPrefix() + line + "\n");
+    }
 
     std::lock_guard<std::mutex> lock(capturesMutex());
     for (LogCapture* capture : captures())

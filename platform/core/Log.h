@@ -12,6 +12,9 @@ class Log {
   public:
     // NSLog: writes one line. Thread-safe.
     static void write(const std::string& line);
+    // Off: lines reach captures only, not syslog or stderr (for fuzzing, which logs thousands of
+    // lines a second). On by default.
+    static void setSystemOutput(bool enabled);
 };
 
 // Collects every log line written while it exists (all threads). Nestable.

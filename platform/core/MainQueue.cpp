@@ -46,7 +46,7 @@ QueueState& state() {
     return *queue;
 }
 
-void wakeMainThread() {
+void wake() {
     uint64_t one = 1;
     while (::write(state().wakeFd, &one, sizeof one) < 0 && errno == EINTR) {
     }
@@ -123,7 +123,7 @@ void MainQueue::async(std::function<void()> task) {
         std::lock_guard<std::mutex> lock(state().mutex);
         state().ready.push_back(std::move(task));
     }
-    wakeMainThread();
+    wake();
 }
 
 void MainQueue::after(int64_t delayNanoseconds, std::function<void()> task) {
@@ -135,7 +135,7 @@ void MainQueue::after(int64_t delayNanoseconds, std::function<void()> task) {
         std::lock_guard<std::mutex> lock(state().mutex);
         state().delayed.emplace(std::make_pair(due, state().sequence++), std::move(task));
     }
-    wakeMainThread();
+    wake();
 }
 
 bool MainQueue::isMainThread() {
@@ -160,7 +160,11 @@ void MainQueue::attachToEventLoop() {
     queue.timer->setSingleShot(true);
     queue.timer->setTimerType(Qt::PreciseTimer);
     QObject::connect(queue.timer.get(), &QTimer::timeout, [] { drain(); });
-    wakeMainThread();  // tasks queued before the loop existed
+    wake();  // tasks queued before the loop existed
+}
+
+void MainQueue::wakeMainThread() {
+    wake();
 }
 
 void MainQueue::detachFromEventLoop() {

@@ -25,6 +25,8 @@ class MainQueue {
     // it before the application object goes. Tasks queued before that wait for the hook.
     static void attachToEventLoop();
     static void detachFromEventLoop();
+    // Wakes the main thread's loop (from any thread), whether or not a task is queued.
+    static void wakeMainThread();
 };
 
 }  // namespace platform

@@ -5,11 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <QString>
+#include <QUtf8StringView>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <vector>
 
 #include "platform/core/Log.h"
 
@@ -39,16 +41,16 @@ plist_t newString(const std::string& text) {
     return plist_new_string(valid.constData());
 }
 
+// A string holding a NUL byte (possible in a binary property list) is no text of ours; it is
+// read as absent. (libplist's plist_get_string_val aborts on one.)
 std::optional<std::string> stringOf(plist_t node) {
     if (!node || plist_get_node_type(node) != PLIST_STRING)
         return std::nullopt;
-    char* text = nullptr;
-    plist_get_string_val(node, &text);
-    if (!text)
+    uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    if (!text || std::memchr(text, '\0', length))
         return std::nullopt;
-    std::string out(text);
-    std::free(text);
-    return out;
+    return std::string(text, length);
 }
 
 std::optional<PropertyValue> valueOf(plist_t node) {
@@ -65,6 +67,69 @@ std::optional<PropertyValue> valueOf(plist_t node) {
         array.push_back(*item);
     }
     return PropertyValue(std::move(array));
+}
+
+bool isText(const char* text, size_t length) {
+    return !std::memchr(text, '\0', length) &&
+           QUtf8StringView(text, static_cast<qsizetype>(length)).isValidUtf8();
+}
+
+// Whether every string and key in |node| is UTF-8 without NUL bytes. libplist reads others from
+// a file but cannot write them back (its binary writer overruns its buffer on them).
+bool canBeRewritten(plist_t node) {
+    switch (plist_get_node_type(node)) {
+        case PLIST_STRING: {
+            uint64_t length = 0;
+            const char* text = plist_get_string_ptr(node, &length);
+            return text && isText(text, length);
+        }
+        case PLIST_ARRAY:
+            for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
+                if (!canBeRewritten(plist_array_get_item(node, i)))
+                    return false;
+            return true;
+        case PLIST_DICT: {
+            bool ok = true;
+            plist_dict_iter iter = nullptr;
+            plist_dict_new_iter(node, &iter);
+            for (char* key = nullptr; iter && ok; key = nullptr) {
+                plist_t item = nullptr;
+                plist_dict_next_item(node, iter, &key, &item);
+                if (!key)
+                    break;
+                ok = isText(key, std::strlen(key)) && canBeRewritten(item);
+                std::free(key);
+            }
+            std::free(iter);
+            return ok;
+        }
+        default:
+            return true;
+    }
+}
+
+// Entries that could not be written back would make every later flush fail or write a file that
+// nobody can read: they are dropped when the file is read (logged).
+void dropEntriesThatCannotBeRewritten(plist_t dict) {
+    std::vector<std::string> dropped;
+    plist_dict_iter iter = nullptr;
+    plist_dict_new_iter(dict, &iter);
+    for (char* key = nullptr; iter; key = nullptr) {
+        plist_t node = nullptr;
+        plist_dict_next_item(dict, iter, &key, &node);
+        if (!key)
+            break;
+        if (!isText(key, std::strlen(key)) || !canBeRewritten(node))
+            dropped.emplace_back(key);
+        std::free(key);
+    }
+    std::free(iter);
+    for (const auto& key : dropped) {
+        plist_dict_remove_item(dict, key.c_str());
+        Log::write("PropertyList: an entry that cannot be written back is dropped [" +
+                   QString::fromUtf8(key.data(), static_cast<int>(key.size())).toStdString() +
+                   "].");
+    }
 }
 
 }  // namespace
@@ -168,6 +233,7 @@ std::optional<PropertyListCodec::Dictionary> PropertyListCodec::parseDictionary(
         plist_free(root);
         return std::nullopt;
     }
+    dropEntriesThatCannotBeRewritten(root);
     return Dictionary(root);
 }
 

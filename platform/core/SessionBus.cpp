@@ -132,8 +132,83 @@ bool waitFor(int fd, short events, Clock::time_point deadline) {
     }
 }
 
-// Connects to |endpoint| and runs the start of the bus's authentication: a bus that answers
-// "OK" is alive. Never waits past |deadline|.
+// The bus driver's "Hello" call (little-endian, serial 1): the first call of every connection.
+std::string helloMessage() {
+    std::string message("l\x01\x00\x01", 4);
+    auto put32 = [&message](uint32_t value) {
+        for (int i = 0; i < 4; ++i)
+            message += static_cast<char>((value >> (8 * i)) & 0xff);
+    };
+    auto pad = [&message](size_t to) { message.resize((message.size() + to - 1) / to * to, '\0'); };
+    put32(0);  // no body
+    put32(1);  // serial
+    std::string fields;
+    auto field = [&fields](char code, char type, const std::string& value) {
+        fields.resize((fields.size() + 7) / 8 * 8, '\0');  // each field is a struct: 8-aligned
+        fields += code;
+        fields += std::string("\x01", 1) + type + std::string(1, '\0');
+        const auto length = static_cast<uint32_t>(value.size());
+        for (int i = 0; i < 4; ++i)
+            fields += static_cast<char>((length >> (8 * i)) & 0xff);
+        fields += value + std::string(1, '\0');
+    };
+    field(1, 'o', "/org/freedesktop/DBus");
+    field(6, 's', "org.freedesktop.DBus");
+    field(2, 's', "org.freedesktop.DBus");
+    field(3, 's', "Hello");
+    put32(static_cast<uint32_t>(fields.size()));
+    pad(8);
+    message += fields;
+    pad(8);
+    return message;
+}
+
+bool sendAll(int fd, const std::string& bytes, Clock::time_point deadline, std::string& reason) {
+    size_t sent = 0;
+    while (sent < bytes.size()) {
+        ssize_t n = ::send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (n > 0) {
+            sent += static_cast<size_t>(n);
+        } else if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
+            if (!waitFor(fd, POLLOUT, deadline)) {
+                reason = "the bus does not read";
+                return false;
+            }
+        } else {
+            reason = std::strerror(errno);
+            return false;
+        }
+    }
+    return true;
+}
+
+// Reads until |complete| holds for what arrived; false at the deadline or when the bus closes.
+template <typename Complete>
+bool receiveUntil(int fd,
+                  std::string& answer,
+                  Complete complete,
+                  Clock::time_point deadline,
+                  std::string& reason) {
+    while (!complete(answer)) {
+        if (answer.size() > 4096 || !waitFor(fd, POLLIN, deadline)) {
+            reason = "the bus does not answer";
+            return false;
+        }
+        char buffer[256];
+        ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        if (n > 0) {
+            answer.append(buffer, static_cast<size_t>(n));
+        } else if (!(n < 0 && (errno == EAGAIN || errno == EINTR))) {
+            reason = n == 0 ? "the bus closed the connection" : std::strerror(errno);
+            return false;
+        }
+    }
+    return true;
+}
+
+// Connects to |endpoint|, authenticates and says "Hello": a bus that answers the call is alive.
+// (A bus may accept and authenticate and then never answer; QtDBus would wait libdbus's 25 s
+// for that answer.) Never waits past |deadline|.
 bool probe(const Endpoint& endpoint, Clock::time_point deadline, std::string& reason) {
     int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd < 0) {
@@ -171,42 +246,25 @@ bool probe(const Endpoint& endpoint, Clock::time_point deadline, std::string& re
             hex += digits[c >> 4];
             hex += digits[c & 15];
         }
-        std::string request = std::string(1, '\0') + "AUTH EXTERNAL " + hex + "\r\n";
-        size_t sent = 0;
-        while (ok && sent < request.size()) {
-            ssize_t n = ::send(fd, request.data() + sent, request.size() - sent, MSG_NOSIGNAL);
-            if (n > 0) {
-                sent += static_cast<size_t>(n);
-            } else if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
-                ok = waitFor(fd, POLLOUT, deadline);
-                if (!ok)
-                    reason = "the bus does not read";
-            } else {
-                ok = false;
-                reason = std::strerror(errno);
-            }
-        }
         std::string answer;
-        while (ok && answer.find("\r\n") == std::string::npos && answer.size() < 512) {
-            if (!waitFor(fd, POLLIN, deadline)) {
-                ok = false;
-                reason = "the bus does not answer";
-                break;
-            }
-            char buffer[256];
-            ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-            if (n > 0) {
-                answer.append(buffer, static_cast<size_t>(n));
-            } else if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
-                continue;
-            } else {
-                ok = false;
-                reason = n == 0 ? "the bus closed the connection" : std::strerror(errno);
-            }
-        }
+        ok =
+            sendAll(fd, std::string(1, '\0') + "AUTH EXTERNAL " + hex + "\r\n", deadline, reason) &&
+            receiveUntil(
+                fd, answer,
+                [](const std::string& a) { return a.find("\r\n") != std::string::npos; }, deadline,
+                reason);
         if (ok && answer.rfind("OK", 0) != 0) {
             ok = false;
             reason = "the bus refused authentication";
+        }
+        answer.clear();
+        // A reply (method return or error) is the message type byte 2 or 3 of the first message.
+        ok = ok && sendAll(fd, "BEGIN\r\n" + helloMessage(), deadline, reason) &&
+             receiveUntil(
+                 fd, answer, [](const std::string& a) { return a.size() >= 16; }, deadline, reason);
+        if (ok && answer[1] != 2 && answer[1] != 3) {
+            ok = false;
+            reason = "the bus answered \"Hello\" with something else";
         }
     }
     ::close(fd);

@@ -9,10 +9,10 @@ namespace platform {
 // The process's connection to the D-Bus session bus, shared by the notification centre and the
 // running-application lookup. Internal to platform/.
 //
-// QtDBus blocks without limit when a bus accepts a connection and never answers, so the bus is
-// first probed with a plain socket (the SASL "AUTH EXTERNAL" exchange, bounded by a poll
-// timeout); only a bus that answers is handed to QtDBus. The connection is cached per bus
-// address and re-made when it drops. Thread-safe.
+// QtDBus blocks (libdbus's 25 s) when a bus accepts a connection and never answers, so the bus
+// is first probed with a plain socket: "AUTH EXTERNAL", then the driver's "Hello" call, bounded
+// by a poll timeout; only a bus that answers the call is handed to QtDBus. The connection is cached
+// per bus address and re-made when it drops. Thread-safe.
 class SessionBus {
   public:
     // Every bus call is given this timeout, and the probe is bounded by it.

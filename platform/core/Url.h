@@ -8,17 +8,22 @@ namespace platform {
 // A URL: either a file URL made from a path, or any other absolute URL kept as text.
 class Url {
   public:
-    // fileURLWithPath: |path| is taken as raw bytes (names need not be UTF-8).
+    // fileURLWithPath: |path| is taken as raw bytes (names need not be UTF-8). A relative path
+    // is taken from the current directory; "." and ".." components and repeated or trailing
+    // slashes are resolved by the text alone, so the last component always names the item.
     static Url fileURLWithPath(const std::string& path);
-    // URLWithString: nullopt when |text| is not an absolute URL with a scheme.
+    // URLWithString: nullopt when |text| is not an absolute URL with a scheme (checked strictly:
+    // ASCII only, no spaces, valid percent-escapes). A file URL is also refused when it names no
+    // local path: no path at all, a host other than "localhost", or a path with an encoded NUL
+    // (which would name a different file than the text shows).
     static std::optional<Url> URLWithString(const std::string& text);
 
     bool isFileURL() const { return isFile_; }
     // The URL as text; a file URL is "file://" and the percent-encoded path.
     std::string absoluteString() const;
-    // The file system path of a file URL; empty for other URLs.
+    // The file system path of a file URL, as raw bytes; empty for other URLs.
     const std::string& path() const { return path_; }
-    // Last component of path() (for other URLs, of the URL's path).
+    // Last component of path() (for other URLs, of the URL's decoded path).
     std::string lastPathComponent() const;
     // Text after the last dot of the last path component; empty when there is none.
     std::string pathExtension() const;
