@@ -227,7 +227,8 @@ void drawStringInRect(const std::string& text,
                       const Rect& rect,
                       const TextAttributes& attributes,
                       int alignment,
-                      int lineBreakMode) {
+                      int lineBreakMode,
+                      TextClipping clipping) {
     GraphicsContext* context = GraphicsContext::currentContext();
     if (!context || text.empty() || rect.isEmpty())
         return;
@@ -255,8 +256,9 @@ void drawStringInRect(const std::string& text,
     context->paint([&](QPainter& painter) {
         painter.save();
         GraphicsContext::applyTopDownTransform(painter, rect);
-        painter.setClipRect(QRectF(0, 0, rect.size.width, rect.size.height),
-                            painter.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
+        if (clipping == TextClipping::ToRect)
+            painter.setClipRect(QRectF(0, 0, rect.size.width, rect.size.height),
+                                painter.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
         painter.setPen(color);
         double top = 0;
         for (const auto& block : blocks) {
