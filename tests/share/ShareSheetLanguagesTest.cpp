@@ -54,9 +54,10 @@ TEST_P(ShareSheetLanguagesTest, EveryTextShowsWhole) {
     auto controller = startShare({fileProvider(files_.writeText("a.txt", "a")),
                                   fileProvider(files_.writeText("b.txt", "b"))});
     std::vector<ShownText> texts;
-    for (const auto& row :
-         {controller->sendToFriendContainer(), controller->favToParleyContainer()}) {
-        auto& title = static_cast<PLSTextView&>(*row->subviews()[1]);
+    for (const auto& [row, titleView] :
+         {std::pair(controller->sendToFriendContainer(), controller->sendToFriendText()),
+          std::pair(controller->favToParleyContainer(), controller->favToParleyText())}) {
+        PLSTextView& title = *titleView;
         const Rect frame = title.convertRectToView(title.bounds(), nullptr);
         const double padding = title.textContainer()->lineFragmentPadding();
         // The row shows the title from its top down to the row's own bottom edge.
@@ -111,7 +112,8 @@ TEST_P(ShareSheetLanguagesTest, EveryTextShowsWhole) {
             ASSERT_GE(shown.right, 0) << "nothing shows";
             EXPECT_NEAR(shown.right - shown.left, expected.right - expected.left, 1);
             EXPECT_NEAR(shown.bottom - shown.top, expected.bottom - expected.top, 1);
-            EXPECT_NEAR(shown.top - (370 - t.lineTop) * scale, expected.top - 10 * scale, 1.5);
+            EXPECT_NEAR(shown.top - (controller->view()->frame().size.height - t.lineTop) * scale,
+                        expected.top - 10 * scale, 1.5);
         }
     }
 }
