@@ -228,7 +228,8 @@ void drawStringInRect(const std::string& text,
                       const TextAttributes& attributes,
                       int alignment,
                       int lineBreakMode,
-                      TextClipping clipping) {
+                      TextClipping clipping,
+                      double maxTightening) {
     GraphicsContext* context = GraphicsContext::currentContext();
     if (!context || text.empty() || rect.isEmpty())
         return;
@@ -245,8 +246,19 @@ void drawStringInRect(const std::string& text,
         QFontMetricsF metrics(font->qfont(), Font::layoutDevice());
         for (QString line : qtext.split(QChar::LineSeparator)) {
             Qt::TextElideMode elide = elideModeFor(lineBreakMode);
-            if (elide != Qt::ElideNone && metrics.horizontalAdvance(line) > width)
+            const double advance = metrics.horizontalAdvance(line);
+            if (elide != Qt::ElideNone && advance > width) {
+                if (advance <= width * (1 + maxTightening)) {
+                    // Every advance shrinks in proportion, the glyphs keep their shapes.
+                    QFont tight = font->qfont();
+                    tight.setLetterSpacing(QFont::PercentageSpacing,
+                                           std::floor(1000 * width / advance) / 10);
+                    blocks.push_back(std::make_shared<const LaidOutText>(layOutAfresh(
+                        line, tight, kUnlimitedWidth, Wrap::None, true, alignment, width)));
+                    continue;
+                }
                 line = metrics.elidedText(line, elide, width);
+            }
             blocks.push_back(
                 layOut(line, *font, kUnlimitedWidth, Wrap::None, true, alignment, width));
         }
