@@ -88,7 +88,7 @@ Clock::duration shareAndWait(Receiver& receiver,
     auto item = std::make_shared<platform::ExtensionItem>(std::move(attachments));
     auto context = std::make_shared<platform::ExtensionContext>(
         std::vector<std::shared_ptr<platform::ExtensionItem>>{item});
-    auto controller = std::make_shared<ShareViewController>();
+    auto controller = ShareViewController::create();
     controller->setExtensionContext(context);
     controller->view();
     const int before = receiver.count;

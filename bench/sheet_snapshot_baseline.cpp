@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     painter.setPen(QPen(QColor("#b2b2b2"), 1));
     painter.drawPath(button);
     painter.drawRoundedRect(QRectF(158, 5, 60, 60), 8, 8);
-    QFont font("DejaVu Sans");
+    QFont font("Liberation Sans");
     font.setPixelSize(14);
     painter.setFont(font);
     painter.setPen(Qt::black);

@@ -129,7 +129,7 @@ int main(int argc, char** argv) {
             std::vector<std::shared_ptr<platform::ExtensionItem>>{
                 std::make_shared<platform::ExtensionItem>(
                     std::vector<std::shared_ptr<platform::ItemProvider>>{attachment})});
-        auto controller = std::make_shared<ShareViewController>();
+        auto controller = ShareViewController::create();
         controller->setExtensionContext(context);
         controller->view();
         if (i % 2 == 0)

@@ -10,7 +10,7 @@ packages=(
   libplist-dev libplist-utils
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin
-  fonts-dejavu-core
+  fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs
   xvfb xauth xdotool
   desktop-file-utils appstream dpkg-dev file python3
   gdb

@@ -30,16 +30,17 @@ std::string deletingLastComponent(const std::string& identifier) {
 
 }  // namespace
 
-ShareViewController::ShareViewController() = default;
+ShareViewController::ShareViewController(ConstructionKey) {}
 
 ShareViewController::~ShareViewController() = default;
 
+// create() is the only maker, so a shared owner always exists; weak_from_this never throws.
 std::shared_ptr<ShareViewController> ShareViewController::strongSelf() {
-    return std::static_pointer_cast<ShareViewController>(shared_from_this());
+    return std::static_pointer_cast<ShareViewController>(weak_from_this().lock());
 }
 
 std::weak_ptr<ShareViewController> ShareViewController::weakSelf() {
-    return std::static_pointer_cast<ShareViewController>(shared_from_this());
+    return strongSelf();
 }
 
 std::string ShareViewController::nibName() const {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 
 #include "platform/core/DefaultsSuite.h"
 #include "platform/core/ExtensionItem.h"
@@ -27,17 +28,33 @@ class FileExport;
 // group's shared container and wakes the host.
 //
 // Main thread only, except for the item-provider completions and the wake-up they call, which
-// run on worker threads. Create it with std::make_shared: closures handed to the platform hold
-// it strongly, so it lives until the last completion and the delayed wake-up have run.
+// run on worker threads. Closures handed to the platform hold it strongly, so it lives until the
+// last completion and the delayed wake-up have run; for that it must be owned by a shared pointer
+// from the start, so create() is the only way to make one (a subclass too:
+// ShareViewController::create<Subclass>(), its constructor taking the ConstructionKey).
 //
 // The definition is spread over files by concern: ShareViewController.cpp (start-up and
 // classification), ...Handoff.cpp (the actions and the link), ...FileExport.cpp (copies and
 // lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers, logo band,
 // action rows) and ...Card.cpp (the preview card).
 class ShareViewController : public platform::ViewController {
+  protected:
+    // Only create() can make one; a subclass's constructor takes it and passes it on.
+    class ConstructionKey {
+        friend class ShareViewController;
+        ConstructionKey() {}
+    };
+
   public:
-    ShareViewController();
+    template <typename Controller = ShareViewController>
+    static std::shared_ptr<Controller> create() {
+        static_assert(std::is_base_of_v<ShareViewController, Controller>);
+        return std::make_shared<Controller>(ConstructionKey());
+    }
+    explicit ShareViewController(ConstructionKey);
     ~ShareViewController() override;
+    ShareViewController(const ShareViewController&) = delete;
+    ShareViewController& operator=(const ShareViewController&) = delete;
 
     // The interface the base view loading takes the root view from.
     std::string nibName() const override;

@@ -22,6 +22,9 @@ void ShareViewController::layoutCancelBtn() {
     button.setBackgrounColor(platform::Color::whiteColor());
     button.setBorderColor(SExt::colorWithHex("#b2b2b2"));
     button.setBorderWidth(1.0);
+    // The button stays 70 points wide: a title a little too wide for the desktop's font
+    // ("Abbrechen" in DejaVu Sans) closes its letters up rather than losing its end.
+    button.titleLabel()->setAllowsDefaultTighteningForTruncation(true);
     button.sizeToFit();
     view()->addSubview(cancelBtn());
     // The button is always 70 x 23, whatever the title measured.

@@ -45,15 +45,32 @@ void PLSTextView::keyDown(const Event& event) {
 
 void PLSTextView::mouseDown(const Event& event) {
     if (ignoreMouseEvent_) {
+        pressOwner_ = PressOwner::NextResponder;
         if (platform::Responder* next = nextResponder())
             next->mouseDown(event);
         return;
     }
     if (mouseDownBlock_) {
+        pressOwner_ = PressOwner::Closure;
         callCopy(mouseDownBlock_);
         return;
     }
+    pressOwner_ = PressOwner::Base;
     TextView::mouseDown(event);
+}
+
+void PLSTextView::mouseDragged(const Event& event) {
+    switch (pressOwner_) {
+        case PressOwner::NextResponder:
+            if (platform::Responder* next = nextResponder())
+                next->mouseDragged(event);
+            return;
+        case PressOwner::Closure:
+            return;
+        case PressOwner::Base:
+            TextView::mouseDragged(event);
+            return;
+    }
 }
 
 void PLSTextView::mouseUp(const Event& event) {

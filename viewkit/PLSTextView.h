@@ -68,6 +68,9 @@ class PLSTextView : public platform::TextView {
     // replaces the base's handling (no caret, no selection). No hit test.
     void mouseDown(const platform::Event& event) override;
     void mouseUp(const platform::Event& event) override;
+    // Drags follow their press: to the next responder, to nobody (a press the closure took), or
+    // to the base, so a press the base never saw cannot start a selection.
+    void mouseDragged(const platform::Event& event) override;
     // With the tracking flag on, the closure (if any) gets the event and the base never does.
     void mouseEntered(const platform::Event& event) override;
     void mouseExited(const platform::Event& event) override;
@@ -88,6 +91,10 @@ class PLSTextView : public platform::TextView {
     void _updateDisplayedTextToMatchSelectionStyle();
 
   private:
+    // Who took the last press, so that the drags after it go to the same place.
+    enum class PressOwner { Base, Closure, NextResponder };
+
+    PressOwner pressOwner_ = PressOwner::Base;
     bool plShowFocusRingIfEditable_ = false;
     bool ignoreMouseEvent_ = false;
     bool plShouldTrackMouseEnterExitEvents_ = false;

@@ -114,7 +114,7 @@ int main(int argc, char** argv) {
     auto context = std::make_shared<platform::ExtensionContext>(
         std::vector<std::shared_ptr<platform::ExtensionItem>>{makeItem(line)});
     // The hand-off's closures hold the controller until the last of them has run.
-    auto controller = std::make_shared<ShareViewController>();
+    auto controller = ShareViewController::create();
     controller->setExtensionContext(context);
     const std::shared_ptr<platform::View> sheet = controller->view();
     platform::Window window(

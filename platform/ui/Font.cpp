@@ -1,20 +1,65 @@
 #include "platform/ui/Font.h"
 
 #include <QFont>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QImage>
+#include <optional>
+
+#include "platform/core/Log.h"
+#include "platform/ui/DisplayEventLoop.h"
 
 namespace platform {
 
 namespace {
 
-// Deterministic on every machine that has the DejaVu fonts, whatever the desktop prefers.
-constexpr const char* kSystemFamily = "DejaVu Sans";
+std::optional<std::string>& pinnedFamily() {
+    static std::optional<std::string> family;
+    return family;
+}
+
+// The installed family that |family| resolves to; |family| itself without a GUI application.
+std::string installedFamily(const std::string& family, bool logSubstitute) {
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        return family;
+    const std::string resolved =
+        QFontInfo(QFont(QString::fromStdString(family))).family().toStdString();
+    if (resolved.empty())
+        return family;
+    if (logSubstitute && QString::fromStdString(resolved).compare(QString::fromStdString(family),
+                                                                  Qt::CaseInsensitive) != 0)
+        Log::write("Font: the system font \"" + family + "\" is not installed; text uses \"" +
+                   resolved + "\" instead.");
+    return resolved;
+}
+
+std::string resolveSystemFamily() {
+    if (pinnedFamily())
+        return installedFamily(*pinnedFamily(), true);
+    if (DisplayEventLoop::hasDisplay()) {
+        // A theme may name an alias ("Sans Serif"): the face it stands for is the family.
+        const QString theme = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
+        if (!theme.isEmpty())
+            return installedFamily(theme.toStdString(), false);
+    }
+    return installedFamily(Font::kPinnedSystemFamily, true);
+}
 
 }  // namespace
 
+const std::string& Font::systemFontFamily() {
+    static const std::string family = resolveSystemFamily();
+    return family;
+}
+
+void Font::pinSystemFontFamily(const std::string& family) {
+    pinnedFamily() = family;
+}
+
 std::shared_ptr<Font> Font::systemFontOfSize(double pointSize) {
-    return std::make_shared<Font>(kSystemFamily, pointSize > 0 ? pointSize : systemFontSize());
+    return std::make_shared<Font>(systemFontFamily(), pointSize > 0 ? pointSize : systemFontSize());
 }
 
 QPaintDevice* Font::layoutDevice() {

@@ -227,7 +227,9 @@ void drawStringInRect(const std::string& text,
                       const Rect& rect,
                       const TextAttributes& attributes,
                       int alignment,
-                      int lineBreakMode) {
+                      int lineBreakMode,
+                      TextClipping clipping,
+                      double maxTightening) {
     GraphicsContext* context = GraphicsContext::currentContext();
     if (!context || text.empty() || rect.isEmpty())
         return;
@@ -244,8 +246,19 @@ void drawStringInRect(const std::string& text,
         QFontMetricsF metrics(font->qfont(), Font::layoutDevice());
         for (QString line : qtext.split(QChar::LineSeparator)) {
             Qt::TextElideMode elide = elideModeFor(lineBreakMode);
-            if (elide != Qt::ElideNone && metrics.horizontalAdvance(line) > width)
+            const double advance = metrics.horizontalAdvance(line);
+            if (elide != Qt::ElideNone && advance > width) {
+                if (advance <= width * (1 + maxTightening)) {
+                    // Every advance shrinks in proportion, the glyphs keep their shapes.
+                    QFont tight = font->qfont();
+                    tight.setLetterSpacing(QFont::PercentageSpacing,
+                                           std::floor(1000 * width / advance) / 10);
+                    blocks.push_back(std::make_shared<const LaidOutText>(layOutAfresh(
+                        line, tight, kUnlimitedWidth, Wrap::None, true, alignment, width)));
+                    continue;
+                }
                 line = metrics.elidedText(line, elide, width);
+            }
             blocks.push_back(
                 layOut(line, *font, kUnlimitedWidth, Wrap::None, true, alignment, width));
         }
@@ -255,8 +268,9 @@ void drawStringInRect(const std::string& text,
     context->paint([&](QPainter& painter) {
         painter.save();
         GraphicsContext::applyTopDownTransform(painter, rect);
-        painter.setClipRect(QRectF(0, 0, rect.size.width, rect.size.height),
-                            painter.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
+        if (clipping == TextClipping::ToRect)
+            painter.setClipRect(QRectF(0, 0, rect.size.width, rect.size.height),
+                                painter.hasClipping() ? Qt::IntersectClip : Qt::ReplaceClip);
         painter.setPen(color);
         double top = 0;
         for (const auto& block : blocks) {

@@ -34,12 +34,18 @@ Rect boundingRectWithSize(const std::string& text,
 // Justified 3, Natural 4: natural is left here); |lineBreakMode| takes LineBreakMode values
 // (word wrapping 0 and char wrapping 1 wrap onto more lines; clipping 2, truncating head 3, tail
 // 4 and middle 5 keep one line, the truncating modes ending it with an ellipsis). Drawing is
-// clipped to |rect|. Does nothing without a current context.
+// clipped to |rect| unless |clipping| says otherwise (a text view's lines show whole, however
+// tall they are). In the truncating modes a line at most |maxTightening| (a fraction) wider than
+// |rect| has its letters closed up to fit instead of being truncated. Does nothing without a
+// current context.
+enum class TextClipping { ToRect, None };
 void drawStringInRect(const std::string& text,
                       const Rect& rect,
                       const TextAttributes& attributes,
                       int alignment,
-                      int lineBreakMode);
+                      int lineBreakMode,
+                      TextClipping clipping = TextClipping::ToRect,
+                      double maxTightening = 0);
 
 // The rectangle that |text| wrapped at word boundaries to |width| occupies (lines of
 // ascent + descent + leading), origin (0, 0); the width is the widest line's advance. Empty text

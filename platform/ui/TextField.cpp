@@ -10,6 +10,8 @@ namespace {
 // The platform cell's horizontal inset of its text.
 constexpr double kTextInset = 2.0;
 constexpr double kBorderWidth = 1.0;
+// How much narrower than its natural width a line may be drawn when tightening is allowed.
+constexpr double kMaxTightening = 0.07;
 
 }  // namespace
 
@@ -41,6 +43,11 @@ void TextField::setAlignment(TextAlignment alignment) {
 
 void TextField::setLineBreakMode(LineBreakMode mode) {
     lineBreakMode_ = mode;
+    setNeedsDisplay(true);
+}
+
+void TextField::setAllowsDefaultTighteningForTruncation(bool allows) {
+    allowsTightening_ = allows;
     setNeedsDisplay(true);
 }
 
@@ -90,7 +97,8 @@ void TextField::drawRect(const Rect&) {
     attributes.font = font_;
     attributes.foregroundColor = textColor_ ? textColor_ : Color::blackColor();
     drawStringInRect(string_, textRect, attributes, static_cast<int>(alignment_),
-                     static_cast<int>(lineBreakMode_));
+                     static_cast<int>(lineBreakMode_), TextClipping::ToRect,
+                     allowsTightening_ ? kMaxTightening : 0.0);
 }
 
 }  // namespace platform

@@ -48,6 +48,10 @@ class TextField : public View {
     void setDrawsBackground(bool draws);
     bool isEditable() const { return editable_; }
     void setEditable(bool editable) { editable_ = editable; }
+    // YES: a line slightly too wide for a truncating mode is drawn up to 7 % tighter before it
+    // is truncated. NO by default.
+    bool allowsDefaultTighteningForTruncation() const { return allowsTightening_; }
+    void setAllowsDefaultTighteningForTruncation(bool allows);
     bool isSelectable() const { return selectable_; }
     void setSelectable(bool selectable) { selectable_ = selectable; }
 
@@ -64,6 +68,7 @@ class TextField : public View {
     bool drawsBackground_ = true;
     bool editable_ = true;
     bool selectable_ = true;
+    bool allowsTightening_ = false;
 };
 
 }  // namespace platform

@@ -52,7 +52,8 @@ class LayoutManager {
 // Defaults: system font at 12 points, black text (a null textColor means the default), white
 // background drawn, editable and selectable. Text is laid out from the top of the bounds, its
 // lines starting lineFragmentPadding in from the left and wrapping at the width less twice the
-// padding (a view too narrow for any text lays it out unwrapped).
+// padding (a view too narrow for any text lays it out unwrapped). Lines draw whole, also where
+// they reach below the bounds; only clipsToBounds cuts them.
 //
 // Default handling: when selectable, a mouse-down places the caret (two clicks select a word,
 // three a paragraph) and drags extend the selection; otherwise mouse events go up the responder

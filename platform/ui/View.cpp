@@ -180,6 +180,11 @@ void View::setNeedsDisplay(bool needsDisplay) {
         window_->viewNeedsDisplay();
 }
 
+void View::setClipsToBounds(bool clips) {
+    clipsToBounds_ = clips;
+    setNeedsDisplay(true);
+}
+
 void View::setWantsLayer(bool wantsLayer) {
     wantsLayer_ = wantsLayer;
     if (wantsLayer_ && !layer_)
@@ -208,7 +213,8 @@ void View::displayInContext(GraphicsContext& context) {
     context.setAlpha(context.alpha() * std::clamp(alpha_, 0.0, 1.0));
 
     context.saveGraphicsState();
-    context.clipToRect(ownBounds);
+    if (clipsToBounds_)
+        context.clipToRect(ownBounds);
     if (wantsLayer_ && layer_) {
         layer_->drawInContext(context, ownBounds);
         if (layer_->masksToBounds())

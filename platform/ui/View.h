@@ -19,8 +19,10 @@ class GraphicsContext;
 // frame is in the superview's coordinates, bounds in the view's own; both spaces have the origin
 // at the bottom-left corner and y growing upward (views are never flipped). Subviews are kept in
 // order; a later subview draws above an earlier one and is hit first. Drawing order of one view:
-// its layer (background, rounded when asked), drawRect, then the subviews, each clipped to its
-// parent's bounds (and to the rounded layer when masksToBounds is set), at the view's alpha.
+// its layer (background, rounded when asked), drawRect, then the subviews, at the view's alpha.
+// As on current AppKit, a view's drawing and its subviews may show outside its bounds unless it
+// clips to them (clipsToBounds) or its layer masks them (masksToBounds): a label's descenders
+// stay whole below a frame sized to the font's point size.
 class View : public Responder, public std::enable_shared_from_this<View> {
   public:
     // initWithFrame:
@@ -75,6 +77,9 @@ class View : public Responder, public std::enable_shared_from_this<View> {
 
     // NO: a view never promises to fill its bounds, so what lies behind it is drawn first.
     virtual bool isOpaque() const { return false; }
+    // NO by default: the view's own drawing and its subviews are not clipped to its bounds.
+    bool clipsToBounds() const { return clipsToBounds_; }
+    void setClipsToBounds(bool clips);
 
     bool wantsLayer() const { return wantsLayer_; }
     // YES gives the view a backing layer (made on first need; a layer given to setLayer before
@@ -115,7 +120,7 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     // Called after the view (or an ancestor) joined or left a window.
     virtual void viewDidMoveToWindow() {}
     // Draws a focus ring, if the view shows one. Runs after the view and its subviews drew, in
-    // the view's coordinates but without the clip to its bounds, since a ring lies outside them.
+    // the view's coordinates but outside any clip the view sets, since a ring lies outside it.
     virtual void drawFocusRing(GraphicsContext& context);
 
   private:
@@ -131,6 +136,7 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     double alpha_ = 1.0;
     bool needsDisplay_ = true;
     bool wantsLayer_ = false;
+    bool clipsToBounds_ = false;
     std::shared_ptr<Layer> layer_;
 };
 

@@ -79,7 +79,7 @@ TEST_F(ShareResourcesTest, GermanSheetKeepsItsFramesAndShowsGermanTitles) {
     auto controller = startShare({linkProvider("https://example.org/")});
     EXPECT_EQ(controller->cancelBtn()->frame(), platform::NSMakeRect(276, 28, 70, 23));
     EXPECT_EQ(controller->sendToFriendText()->string(), "An Freund senden");
-    EXPECT_EQ(controller->favToParleyText()->string(), "Zu Favoriten hinzufügen");
+    EXPECT_EQ(controller->favToParleyText()->string(), "Favorisieren");
     ASSERT_TRUE(controller->parleyLogo()->image());
 }
 

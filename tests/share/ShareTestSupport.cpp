@@ -123,7 +123,7 @@ std::shared_ptr<RecordingController> ShareTest::startShare(
 std::shared_ptr<RecordingController> ShareTest::startShareWithItems(
     std::vector<std::shared_ptr<platform::ExtensionItem>> items) {
     context_ = std::make_shared<platform::ExtensionContext>(std::move(items));
-    auto controller = std::make_shared<RecordingController>();
+    auto controller = ShareViewController::create<RecordingController>();
     controller->setExtensionContext(context_);
     controller->view();
     return controller;

@@ -40,6 +40,7 @@ inline const std::string kGroup = kTeamId + kHostId;
 // the host as the real one does.
 class RecordingController : public ShareViewController {
   public:
+    explicit RecordingController(ConstructionKey key) : ShareViewController(key) {}
     struct Wakeup {
         Clock::time_point time;
         bool onMainThread = false;

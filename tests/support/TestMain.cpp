@@ -8,6 +8,7 @@
 
 #ifdef PARLEY_TEST_DISPLAY_LOOP
 #include "platform/ui/DisplayEventLoop.h"
+#include "platform/ui/Font.h"
 using TestEventLoop = platform::DisplayEventLoop;
 #else
 #include "platform/core/EventLoop.h"
@@ -48,6 +49,11 @@ int main(int argc, char** argv) {
     setenv("XDG_RUNTIME_DIR", (root + "/runtime").c_str(), 1);
     if (!getenv("PARLEY_TEST_DISPLAY"))
         setenv("QT_QPA_PLATFORM", "offscreen", 1);
+
+#ifdef PARLEY_TEST_DISPLAY_LOOP
+    // The same face on a display as offscreen, whatever the desktop prefers: exact pixels.
+    platform::Font::pinSystemFontFamily(platform::Font::kPinnedSystemFamily);
+#endif
 
     testing::InitGoogleTest(&argc, argv);
     int result;

@@ -47,6 +47,7 @@ TEST(ViewRenderingTest, LaterSiblingsDrawAboveAndSubviewsAreClippedToTheirParent
     auto parent = filled(0, 0, 20, 20, red());
     auto overflowing = filled(10, 10, 20, 20, blue());  // half outside its parent
     parent->addSubview(overflowing);
+    parent->setClipsToBounds(true);
     root->addSubview(parent);
 
     auto shot = Bitmap::renderView(*root, 1);

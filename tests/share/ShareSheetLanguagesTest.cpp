@@ -1,0 +1,103 @@
+// Every title of the sheet reads whole in every shipped language, at 1x and 2x: none wraps or is
+// truncated, and no ink is cut where its view ends.
+#include <algorithm>
+#include <array>
+#include <climits>
+
+#include "platform/ui/Bitmap.h"
+#include "platform/ui/GraphicsContext.h"
+#include "platform/ui/StringDrawing.h"
+#include "tests/share/ShareTestSupport.h"
+#include "tests/support/ScopedEnv.h"
+
+namespace share_test {
+namespace {
+
+using namespace platform;
+
+// The box (device pixels, inclusive) of grey-to-black unsaturated pixels in |box| (points): text
+// ink, not the blue icons, the #cccccc lines or the #b2b2b2 border.
+std::array<int, 4> inkIn(const Bitmap& bitmap, const Rect& box) {
+    const double s = bitmap.scale(), top = bitmap.pixelHeight() / s;
+    std::array<int, 4> ink{INT_MAX, INT_MAX, -1, -1};  // left, top, right, bottom
+    for (int y = int((top - box.maxY()) * s); y < int((top - box.minY()) * s); ++y)
+        for (int x = int(box.minX() * s); x < int(box.maxX() * s); ++x) {
+            const Rgba p = bitmap.pixelAt(x, y);
+            const int high = std::max({p.r, p.g, p.b}), low = std::min({p.r, p.g, p.b});
+            if (high < 170 && high - low < 30)
+                ink = {std::min(ink[0], x), std::min(ink[1], y), std::max(ink[2], x),
+                       std::max(ink[3], y)};
+        }
+    return ink;
+}
+
+class ShareSheetLanguagesTest : public ShareTest,
+                                public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
+    Bundle::setMainBundle(std::make_shared<Bundle>(PARLEY_APPEX_DIR));
+    ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::string(GetParam()));
+    auto controller = startShare({linkProvider("https://example.org/")});
+    struct Shown {
+        std::string text;
+        TextAttributes attributes;
+        Rect area;       // sheet points where it may show, uncut and uncovered
+        double width;    // what its line may take before it wraps or is truncated
+        double lineTop;  // sheet y of its line's top
+    };
+    std::vector<Shown> texts;
+    auto inset = [](const Rect& r) {
+        return NSMakeRect(r.minX() + 2, r.minY() + 2, r.size.width - 4, r.size.height - 4);
+    };
+    for (const auto& [row, title] :
+         {std::pair(controller->sendToFriendContainer(), controller->sendToFriendText()),
+          std::pair(controller->favToParleyContainer(), controller->favToParleyText())}) {
+        const Rect frame = title->convertRectToView(title->bounds(), nullptr);
+        // Down to the row's bottom edge, the line under it excluded.
+        const double bottom = row->frame().minY() + 1;
+        texts.push_back({title->string(),
+                         {title->font(), title->textColor()},
+                         NSMakeRect(frame.minX(), bottom, frame.size.width, frame.maxY() - bottom),
+                         frame.size.width - 2 * title->textContainer()->lineFragmentPadding(),
+                         frame.maxY()});
+    }
+    const auto& label = *controller->cancelBtn()->titleLabel();
+    const Rect button = controller->cancelBtn()->frame();
+    // Inside the border; the label's cell keeps 2 points each side.
+    texts.push_back({label.stringValue(),
+                     {label.font(), label.textColor()},
+                     inset(button),
+                     label.frame().size.width - 4,
+                     label.convertRectToView(label.bounds(), nullptr).maxY()});
+
+    for (double scale : {1.0, 2.0}) {
+        auto sheet = Bitmap::renderView(*controller->view(), scale);
+        for (const Shown& t : texts) {
+            SCOPED_TRACE("\"" + t.text + "\" at " + std::to_string(scale));
+            const Size line = boundingRectWithSize(t.text, {1e6, 1e6}, 3, t.attributes).size;
+            EXPECT_LE(line.width, t.width) << "wraps or is truncated";
+            EXPECT_LE(line.height, t.lineTop - t.area.minY()) << "its line is cut off";
+            // The same text drawn freely, its line's top at y 50, against the sheet's pixels.
+            auto free = Bitmap::drawn({600, 60}, scale, [&](GraphicsContext& context) {
+                context.setFillColor(*Color::whiteColor());
+                context.fillRect(NSMakeRect(0, 0, 600, 60));
+                drawStringInRect(t.text, NSMakeRect(10, 0, 580, 50), t.attributes, 0, 2,
+                                 TextClipping::None);
+            });
+            const auto expected = inkIn(*free, NSMakeRect(0, 0, 600, 60));
+            const auto shown = inkIn(*sheet, t.area);
+            ASSERT_GE(shown[2], 0) << "nothing shows";
+            EXPECT_NEAR(shown[2] - shown[0], expected[2] - expected[0], 1);
+            EXPECT_NEAR(shown[3] - shown[1], expected[3] - expected[1], 1);
+            EXPECT_NEAR(shown[1] - (sheet->pixelHeight() - t.lineTop * scale),
+                        expected[1] - 10 * scale, 1.5);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shipped,
+                         ShareSheetLanguagesTest,
+                         ::testing::Values("en", "de", "fr", "es"));
+
+}  // namespace
+}  // namespace share_test
