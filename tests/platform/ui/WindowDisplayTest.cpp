@@ -38,18 +38,10 @@ class PaintingView : public View {
         NSRectFill(
             NSMakeRect(0, bounds().size.height / 2, bounds().size.width, bounds().size.height / 2));
     }
-    void mouseDown(const Event& e) override {
-        downs.push_back({e.locationInWindow(), e.clickCount()});
-    }
-    void mouseUp(const Event& e) override { ups.push_back({e.locationInWindow(), e.clickCount()}); }
-
-    struct Click {
-        Point location;
-        int count;
-    };
+    void mouseDown(const Event& e) override { downs.push_back(e.clickCount()); }
+    void mouseUp(const Event& e) override { ups.push_back(e.clickCount()); }
     int paints = 0;
-    std::vector<Click> downs;
-    std::vector<Click> ups;
+    std::vector<int> downs, ups;
 };
 
 class KeyRecordingWindow : public Window {
@@ -102,14 +94,8 @@ TEST(WindowDisplayTest, QtInputBecomesOurEventsAndTheContentPaints) {
     sendMouse(native, QEvent::MouseButtonPress, {11, 10}, start + 200);
     sendMouse(native, QEvent::MouseButtonRelease, {11, 10}, start + 210);
     sendMouse(native, QEvent::MouseButtonPress, {11, 10}, start + 10000);  // much later
-    ASSERT_EQ(4u, content->downs.size());
-    EXPECT_EQ(NSMakePoint(10, 90), content->downs[0].location);
-    EXPECT_EQ(1, content->downs[0].count);
-    EXPECT_EQ(2, content->downs[1].count);
-    EXPECT_EQ(3, content->downs[2].count);
-    EXPECT_EQ(1, content->downs[3].count);
-    ASSERT_EQ(3u, content->ups.size());
-    EXPECT_EQ(2, content->ups[1].count);
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 1}), content->downs);
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), content->ups);
     EXPECT_EQ(NSMakePoint(11, 90), window.mouseLocationOutsideOfEventStream());
 
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, "\x1b");
