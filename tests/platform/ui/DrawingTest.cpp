@@ -104,25 +104,6 @@ TEST_P(DrawingTest, RoundedRectFillKeepsCornersClear) {
     EXPECT_LT(strokes->pixelAtPoint(14 + h, 12 + h).a, 64);  // the clip's rounded corner
 }
 
-TEST_P(DrawingTest, LayerPaintsRoundedBackgroundAndClipsToItsShape) {
-    Layer layer;
-    layer.setBackgroundColor(colorOf(kGreen)->CGColor());
-    layer.setCornerRadius(8);
-    Rect bounds = NSMakeRect(10, 10, 40, 30);
-    auto bitmap = render(60, 50, scale(), [&](GraphicsContext& context) {
-        layer.drawInContext(context, bounds);
-        context.saveGraphicsState();
-        layer.clipToShape(context, bounds);
-        fill(kRed, NSMakeRect(0, 0, 30, 50));  // a child that overhangs the layer
-        context.restoreGraphicsState();
-    });
-    const double h = half();
-    const Probe pixels[] = {{20, 25, kRed},          {10 + h, 25, kRed},   {5, 25, kClear},
-                            {50 - h, 25, kGreen},    {50 + h, 25, kClear}, {10 + h, 10 + h, kClear},
-                            {50 - h, 40 - h, kClear}};
-    expectPixels(*bitmap, pixels);
-}
-
 // Aspect fill covers and crops (inside a rounded mask too), aspect fit fits, resize
 // stretches, centre keeps the natural size.
 TEST_P(DrawingTest, LayerContentsFollowGravity) {

@@ -35,6 +35,9 @@ TEST_P(RenderViewTest, LayerBackedTreeRendersFromItsFrameOrigin) {
                             {h, 30 - 8, kGreen}};
     expectPixels(*bitmap, pixels);
 
+    parent->setWantsLayer(false);  // a layer the view does not want is not drawn
+    EXPECT_EQ(kClear, Bitmap::renderView(*parent, scale())->pixelAtPoint(20, 25));
+
     View empty(NSMakeRect(3, 3, 0, 10));
     EXPECT_EQ(0, Bitmap::renderView(empty, scale())->pixelWidth());
 }

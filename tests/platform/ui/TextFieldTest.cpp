@@ -70,19 +70,3 @@ TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     EXPECT_LE(ink.right, 58);
     EXPECT_LT(ink.bottom, 18);  // one line, no wrapping
 }
-
-TEST(TextFieldTest, AlphaFadesTheText) {
-    auto field = label(NSMakeRect(0, 0, 120, 20), "MMMM");
-    auto darkest = [&] {
-        auto shot = Bitmap::renderView(*field, 1);
-        int alpha = 0;
-        for (int x = 0; x < shot->pixelWidth(); ++x)
-            for (int y = 0; y < shot->pixelHeight(); ++y)
-                alpha = std::max<int>(alpha, shot->pixelAt(x, y).a);
-        return alpha;
-    };
-    const int opaque = darkest();
-    field->setAlphaValue(0.5);
-    EXPECT_GT(opaque, 240);
-    EXPECT_NEAR(opaque / 2.0, darkest(), 3);
-}

@@ -52,19 +52,3 @@ TEST(ViewRenderingTest, DrawingClearsNeedsDisplayAndChangesSetIt) {
     child->setAlphaValue(0.5);
     EXPECT_TRUE(child->needsDisplay());
 }
-
-TEST(ViewRenderingTest, ALayerPaintsBeneathAndMasksItsRoundedShape) {
-    auto root = std::make_shared<View>(NSMakeRect(0, 0, 40, 40));
-    auto card = std::make_shared<View>(NSMakeRect(0, 0, 40, 40));
-    setLayerBackground(*card, kRed);
-    card->layer()->setCornerRadius(10);
-    card->layer()->setMasksToBounds(true);
-    card->addSubview(filled(0, 0, 40, 20, kBlue));  // the lower half
-    root->addSubview(card);
-    const Probe cardPixels[] = {
-        {20, 30, kRed}, {20, 10, kBlue}, {0.5, 0.5, kClear}, {0.5, 39.5, kClear}};
-    expectPixels(*Bitmap::renderView(*root, 1), cardPixels);
-
-    card->setWantsLayer(false);  // a layer the view does not want is not drawn
-    EXPECT_EQ(kClear, Bitmap::renderView(*root, 1)->pixelAtPoint(20, 30));
-}
