@@ -1,12 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
+#include "tests/platform/core/CoreTestSupport.h"
 
 #include "platform/core/Bundle.h"
-#include "platform/core/Log.h"
 #include "platform/core/PropertyListCodec.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempDir.h"
 
 using platform::Bundle;
 using platform::PropertyValue;
@@ -28,7 +23,8 @@ std::string stringEntry(const std::string& key, const std::string& value) {
     return "<key>" + key + "</key><string>" + value + "</string>";
 }
 
-// A bundle with string tables for the given languages; each table maps "Greeting" to
+// A bundle with string tables for the given languages; each table maps
+// "Greeting" to
 // "<language> hello" and "Only_<language>" to itself.
 std::string makeBundle(const TempDir& dir, const std::vector<std::string>& languages) {
     fs::create_directories(dir.file("Ext.appex/Contents/MacOS"));
@@ -59,7 +55,8 @@ TEST(BundleTest, ReadsIdentityAndInfoValues) {
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey("Number"));  // not a string type
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey("Missing"));
 
-    // A binary Info.plist, with a name that is not UTF-8: kept whole, its stray byte replaced.
+    // A binary Info.plist, with a name that is not UTF-8: kept whole, its stray
+    // byte replaced.
     fs::create_directories(dir.file("B.app/Contents"));
     platform::PropertyListCodec::Dictionary info;
     info.set("CFBundleIdentifier", std::string("com.example.binary"));
@@ -84,8 +81,9 @@ TEST(BundleTest, MissingOrCorruptInfoPlistIsLoggedAndEmpty) {
     }
 }
 
-// The first table that has the key wins, in the order LANGUAGE (unless the locale is C),
-// LC_ALL, LC_MESSAGES, LANG, each language with and without its region, then English.
+// The first table that has the key wins, in the order LANGUAGE (unless the
+// locale is C), LC_ALL, LC_MESSAGES, LANG, each language with and without its
+// region, then English.
 TEST(BundleTest, LocalizedStringsFollowTheUserLanguagesThenEnglish) {
     TempDir dir;
     Bundle bundle(makeBundle(dir, {"en", "de", "pt_BR"}));

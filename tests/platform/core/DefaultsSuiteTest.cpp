@@ -1,17 +1,11 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "tests/platform/core/CoreTestSupport.h"
 
-#include <filesystem>
-#include <fstream>
 #include <set>
-#include <thread>
-#include <vector>
 
 #include "platform/core/DefaultsSuite.h"
-#include "platform/core/Log.h"
 
+using core_test::logged;
+using core_test::modeOf;
 using platform::DefaultsSuite;
 using platform::PropertyValue;
 using platform::StringArray;
@@ -31,19 +25,6 @@ PropertyValue text(const char* value) {
     return PropertyValue(std::string(value));
 }
 
-mode_t modeOf(const std::string& path) {
-    struct stat st {};
-    EXPECT_EQ(::stat(path.c_str(), &st), 0) << path;
-    return st.st_mode & 07777;
-}
-
-bool logged(const platform::LogCapture& capture, const std::string& part) {
-    for (const auto& line : capture.lines())
-        if (line.find(part) != std::string::npos)
-            return true;
-    return false;
-}
-
 }  // namespace
 
 TEST(DefaultsSuiteTest, WritesAreVisibleAtOnceAndToOthersAfterSynchronize) {
@@ -58,13 +39,15 @@ TEST(DefaultsSuiteTest, WritesAreVisibleAtOnceAndToOthersAfterSynchronize) {
     DefaultsSuite reader(suite);
     EXPECT_EQ(reader.objectForKey("ParleyMacSharePathArray"),
               PropertyValue(StringArray{"/a/1.txt", "/a/2.txt"}));
-    // An object opened earlier picks up the new file without a synchronize of its own.
+    // An object opened earlier picks up the new file without a synchronize of its
+    // own.
     EXPECT_EQ(early.objectForKey("ParleyMacShareType"), text("public.url"));
     EXPECT_EQ(modeOf(reader.path()), 0600u);
     EXPECT_EQ(modeOf(fs::path(reader.path()).parent_path().string()), 0700u);
 }
 
-// Synchronize keeps keys others wrote; an unsaved local change wins over them; nil removes.
+// Synchronize keeps keys others wrote; an unsaved local change wins over them;
+// nil removes.
 TEST(DefaultsSuiteTest, SynchronizeMergesKeysWrittenByOthers) {
     std::string suite = freshSuite();
     DefaultsSuite extension(suite), host(suite);
@@ -89,8 +72,8 @@ TEST(DefaultsSuiteTest, SynchronizeMergesKeysWrittenByOthers) {
     EXPECT_FALSE(check.objectForKey("HostKey"));
 }
 
-// A damaged file is logged, read as empty, set aside when corrupt and replaced at the next
-// synchronize, even one with nothing to write.
+// A damaged file is logged, read as empty, set aside when corrupt and replaced
+// at the next synchronize, even one with nothing to write.
 TEST(DefaultsSuiteTest, CorruptOrUnreadableFileIsLoggedReadAsEmptyAndReplaced) {
     for (bool corrupt : {true, false}) {
         SCOPED_TRACE(corrupt ? "corrupt" : "unreadable");
@@ -156,24 +139,4 @@ TEST(DefaultsSuiteTest, ManyThreadsOnSharedAndOwnObjectsLoseNothing) {
             EXPECT_EQ(check.objectForKey(key(t, i) + "s"), text("shared")) << key(t, i);
             EXPECT_EQ(check.objectForKey(key(t, i) + "o"), PropertyValue(StringArray{key(t, i)}));
         }
-}
-
-TEST(DefaultsSuiteTest, AnotherProcessWritesAreMerged) {
-    std::string suite = freshSuite();
-    DefaultsSuite parent(suite);
-    parent.setObject(text("parent"), "ParentKey");
-    pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        DefaultsSuite own(suite);
-        own.setObject(text("child"), "ChildKey");
-        _exit(own.synchronize() ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-
-    ASSERT_TRUE(parent.synchronize());
-    EXPECT_EQ(parent.objectForKey("ChildKey"), text("child"));
-    EXPECT_EQ(DefaultsSuite(suite).objectForKey("ParentKey"), text("parent"));
 }

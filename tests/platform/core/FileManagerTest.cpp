@@ -1,33 +1,14 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include "tests/platform/core/CoreTestSupport.h"
 
 #include "platform/core/FileManager.h"
-#include "platform/core/Log.h"
-#include "tests/support/TempDir.h"
 
+using core_test::contentsOf;
+using core_test::modeOf;
 using platform::FileManager;
 using testing_support::TempDir;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string contentsOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream buffer;
-    buffer << in.rdbuf();
-    return buffer.str();
-}
-
-mode_t modeOf(const std::string& path) {
-    struct stat st {};
-    EXPECT_EQ(::lstat(path.c_str(), &st), 0) << path;
-    return st.st_mode;
-}
 
 bool copy(const std::string& from, const std::string& to, std::string* error = nullptr) {
     return FileManager::defaultManager().copyItemAtPath(from, to, error);
@@ -54,15 +35,17 @@ TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
     }
 
     TempDir dir;
-    setenv("XDG_DATA_HOME", dir.writeText("file", "x").c_str(), 1);  // a file, not a folder
+    setenv("XDG_DATA_HOME", dir.writeText("file", "x").c_str(),
+           1);  // a file, not a folder
     platform::LogCapture log;
     EXPECT_FALSE(manager.containerURLForSecurityApplicationGroupIdentifier("group.x"));
     setenv("XDG_DATA_HOME", (testing_support::testRoot() + "/data").c_str(), 1);
     EXPECT_FALSE(log.lines().empty());
 }
 
-// Contents and mode bits (less set-user and set-group) are copied, for empty, small and large
-// files alike; a folder is copied whole with its links as links, dangling ones too.
+// Contents and mode bits (less set-user and set-group) are copied, for empty,
+// small and large files alike; a folder is copied whole with its links as
+// links, dangling ones too.
 TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
     TempDir dir;
     for (size_t size : {size_t(0), size_t(100000), size_t(24 * 1024 * 1024 + 123)}) {
@@ -85,7 +68,8 @@ TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
     EXPECT_EQ(fs::read_symlink(dir.file("tree-copy/sub/dangling")), "/nonexistent/target");
     EXPECT_EQ(modeOf(dir.file("tree-copy/sub")) & 07777, 0750u);
 
-    fs::create_symlink(dir.file("missing"), dir.file("dangling"));  // a top-level link
+    fs::create_symlink(dir.file("missing"),
+                       dir.file("dangling"));  // a top-level link
     ASSERT_TRUE(copy(dir.file("dangling"), dir.file("dangling-copy")));
     EXPECT_EQ(fs::read_symlink(dir.file("dangling-copy")), dir.file("missing"));
 }
@@ -99,7 +83,8 @@ TEST(FileManagerTest, NeverOverwritesOrWritesThroughWhatLiesAtTheDestination) {
     EXPECT_FALSE(error.empty());
     EXPECT_EQ(contentsOf(existing), "keep me");
 
-    // A link at the destination: its target stays untouched, a dangling one's is not created.
+    // A link at the destination: its target stays untouched, a dangling one's is
+    // not created.
     std::string victim = dir.writeText("victim.txt", "victim");
     fs::create_symlink(victim, dir.file("trap"));
     fs::create_symlink(dir.file("would-be-created"), dir.file("dangling-trap"));
@@ -115,8 +100,8 @@ TEST(FileManagerTest, NeverOverwritesOrWritesThroughWhatLiesAtTheDestination) {
     EXPECT_EQ(contentsOf(dir.file("other/inside.txt")), "inside");
 }
 
-// A fifo is refused without blocking; a folder that cannot be copied whole (a fifo inside, or
-// nested too deep) leaves nothing behind.
+// A fifo is refused without blocking; a folder that cannot be copied whole (a
+// fifo inside, or nested too deep) leaves nothing behind.
 TEST(FileManagerTest, RefusesFifosWithoutBlockingAndRemovesPartialFolders) {
     TempDir dir;
     ASSERT_EQ(::mkfifo(dir.file("fifo").c_str(), 0600), 0);

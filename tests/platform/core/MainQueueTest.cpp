@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <mutex>
-#include <thread>
-#include <vector>
-
-#include "platform/core/EventLoop.h"
-#include "platform/core/MainQueue.h"
-#include "platform/core/WorkerPool.h"
+#include "tests/platform/core/CoreTestSupport.h"
 
 using platform::EventLoop;
 using platform::MainQueue;

@@ -1,15 +1,9 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
+#include "tests/platform/core/CoreTestSupport.h"
 
 #include <cerrno>
-#include <filesystem>
 
-#include "platform/core/EventLoop.h"
-#include "platform/core/Log.h"
 #include "platform/core/Workspace.h"
-#include "tests/support/ScopedEnv.h"
-#include "tests/support/TempDir.h"
 
 using platform::Workspace;
 using testing_support::TempDir;
@@ -61,8 +55,8 @@ TEST(WorkspaceTest, LaunchesTheBundleExecutableDetached) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-// No bundle, no such executable, one outside the bundle, or one that may not be run: each is
-// a logged failure, and nothing runs.
+// No bundle, no such executable, one outside the bundle, or one that may not be
+// run: each is a logged failure, and nothing runs.
 TEST(WorkspaceTest, MissingOrBrokenApplicationsAreLoggedFailures) {
     TempDir dir;
     ScopedEnv apps("PARLEY_APPLICATIONS_DIR", dir.path());

@@ -1,16 +1,8 @@
-// The image view: placement by scaling, drawing, target/action and mouse pass-through.
-#include <gtest/gtest.h>
-
-#include <memory>
-
-#include "platform/ui/Bitmap.h"
-#include "platform/ui/Event.h"
-#include "platform/ui/GraphicsContext.h"
-#include "platform/ui/Image.h"
-#include "platform/ui/ImageView.h"
-#include "platform/ui/Window.h"
+// The image view: placement by scaling, drawing, target/action and mouse
+// pass-through.
 #include "tests/platform/ui/PixelTestSupport.h"
-#include "tests/platform/ui/ViewTestSupport.h"
+
+#include "platform/ui/ImageView.h"
 
 using namespace platform;
 
@@ -69,7 +61,8 @@ TEST(ImageViewTest, DrawsTheImageWhereImageRectSays) {
     pixel_test::expectPixels(*Bitmap::renderView(*view, 2), pixels);
 }
 
-// The action goes to a target that answers it, with the view as sender; the target is weak.
+// The action goes to a target that answers it, with the view as sender; the
+// target is weak.
 TEST(ImageViewTest, SendActionReachesATargetThatResponds) {
     auto view = std::make_shared<ImageView>(NSMakeRect(0, 0, 10, 10));
     EXPECT_FALSE(view->sendAction());

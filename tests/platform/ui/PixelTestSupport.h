@@ -1,6 +1,7 @@
 #pragma once
 
-// Offscreen canvases for pixel tests of the drawing toolkit, and probes of what they show.
+// What the view toolkit tests share: the headers they all use, offscreen
+// canvases for pixel tests and probes of what they show.
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,17 @@
 #include <memory>
 #include <ostream>
 
+#include <vector>
+
+#include "platform/ui/BezierPath.h"
 #include "platform/ui/Bitmap.h"
+#include "platform/ui/Event.h"
 #include "platform/ui/GraphicsContext.h"
+#include "platform/ui/Image.h"
+#include "platform/ui/Layer.h"
 #include "platform/ui/View.h"
+#include "platform/ui/Window.h"
+#include "tests/platform/ui/ViewTestSupport.h"
 
 namespace platform {
 
@@ -27,8 +36,8 @@ inline std::ostream& operator<<(std::ostream& out, const Rgba& p) {
 
 namespace pixel_test {
 
-// Runs |draw| with a current context over a transparent canvas of |width| x |height| points
-// at |scale|, and returns the pixels.
+// Runs |draw| with a current context over a transparent canvas of |width| x
+// |height| points at |scale|, and returns the pixels.
 inline std::shared_ptr<platform::Bitmap> render(
     double width,
     double height,
@@ -86,7 +95,8 @@ void expectPixels(const platform::Bitmap& bitmap, const Probes& probes) {
     }
 }
 
-// The box of pixels (rows from the top) whose alpha passes |threshold|; empty when none.
+// The box of pixels (rows from the top) whose alpha passes |threshold|; empty
+// when none.
 struct InkBox {
     int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
     bool empty() const { return right < 0; }

@@ -1,16 +1,8 @@
-// The text view: layout, typing, caret and selection, mouse handling, drawing, focus ring.
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
-#include "platform/ui/Bitmap.h"
-#include "platform/ui/Event.h"
-#include "platform/ui/GraphicsContext.h"
-#include "platform/ui/TextView.h"
-#include "platform/ui/Window.h"
+// The text view: layout, typing, caret and selection, mouse handling, drawing,
+// focus ring.
 #include "tests/platform/ui/PixelTestSupport.h"
-#include "tests/platform/ui/ViewTestSupport.h"
+
+#include "platform/ui/TextView.h"
 
 using namespace platform;
 
@@ -49,7 +41,8 @@ class TextViewTest : public ::testing::Test {
         for (char c : characters)
             window.sendEvent(*key(0, std::string(1, c)));
     }
-    // A point in the window on the text view's first line, |x| points from the view's left.
+    // A point in the window on the text view's first line, |x| points from the
+    // view's left.
     Point onFirstLine(double x) const { return {20 + x, 20 + 100 - 7}; }
 
     RecordingWindow window{NSMakeRect(0, 0, 300, 200)};
@@ -72,8 +65,8 @@ TEST(TextViewDefaultsTest, DefaultsMatchThePlatformTextView) {
     EXPECT_TRUE(view.isSelectable());
 }
 
-// One line high when empty; a line per line, words wrapped at the width less the padding, and
-// laid out again when the view narrows.
+// One line high when empty; a line per line, words wrapped at the width less
+// the padding, and laid out again when the view narrows.
 TEST(TextViewDefaultsTest, UsedRectGrowsWithLinesAndIncludesThePadding) {
     TextView view(NSMakeRect(0, 0, 100, 20));
     auto used = [&] {
@@ -158,7 +151,8 @@ TEST_F(TextViewTest, SelectionIsReplacedAndExtendedWithShift) {
     EXPECT_EQ("", text->string());
 }
 
-// Keys the view does not use go up the chain, all of them once it is not editable.
+// Keys the view does not use go up the chain, all of them once it is not
+// editable.
 TEST_F(TextViewTest, KeysTheViewDoesNotUseGoUpTheChain) {
     window.sendEvent(*key(kVK_Escape, "\x1b"));
     window.sendEvent(*key(0, "a", NSEventModifierFlagCommand));
@@ -171,8 +165,8 @@ TEST_F(TextViewTest, KeysTheViewDoesNotUseGoUpTheChain) {
     EXPECT_EQ(0, text->changes);
 }
 
-// Clicks place the caret, drags select, double clicks a word, triple clicks the line; a view
-// that is not selectable passes the mouse on.
+// Clicks place the caret, drags select, double clicks a word, triple clicks the
+// line; a view that is not selectable passes the mouse on.
 TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
     text->setString("hello world");
     auto at = [&](EventType type, double x, int clicks = 1) {
@@ -200,8 +194,8 @@ TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
     EXPECT_EQ(&window, window.firstResponder());
 }
 
-// The background, then the text from the top after the padding; the selection shows only
-// while the view is first responder.
+// The background, then the text from the top after the padding; the selection
+// shows only while the view is first responder.
 TEST_F(TextViewTest, DrawsBackgroundTextAndAClearBackground) {
     text->setString("Hello");
     const auto ink =
@@ -228,7 +222,8 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndAClearBackground) {
     EXPECT_TRUE(selection().empty());
 }
 
-// The ring follows the mask, only while the view is editable and first responder.
+// The ring follows the mask, only while the view is editable and first
+// responder.
 TEST_F(TextViewTest, TheFocusRingFollowsTheMaskAndOnlyWhileEditableAndFocused) {
     auto ringed = std::make_shared<BoundsRingTextView>(NSMakeRect(20, 130, 200, 40));
     ringed->setBackgroundColor(Color::clearColor());
@@ -245,7 +240,8 @@ TEST_F(TextViewTest, TheFocusRingFollowsTheMaskAndOnlyWhileEditableAndFocused) {
     ringed->setEditable(false);
     EXPECT_EQ(0, pixel(18.5, 150).a);
 
-    // The base's mask is the used rect of its text: with no text, nothing rings the bounds.
+    // The base's mask is the used rect of its text: with no text, nothing rings
+    // the bounds.
     text->setBackgroundColor(Color::clearColor());
     ASSERT_TRUE(window.makeFirstResponder(text.get()));
     EXPECT_EQ(0, pixel(18.5, 70).a);

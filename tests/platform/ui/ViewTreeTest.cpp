@@ -1,13 +1,8 @@
-// The view tree: geometry, hit testing, coordinate conversion, the responder chain and layers.
-#include <gtest/gtest.h>
+// The view tree: geometry, hit testing, coordinate conversion, the responder
+// chain and layers.
+#include "tests/platform/ui/PixelTestSupport.h"
 
-#include <memory>
-
-#include "platform/ui/Event.h"
-#include "platform/ui/View.h"
 #include "platform/ui/ViewController.h"
-#include "platform/ui/Window.h"
-#include "tests/platform/ui/ViewTestSupport.h"
 
 using namespace platform;
 
@@ -46,8 +41,9 @@ class RecordingResponder : public View {
 
 }  // namespace
 
-// The last added visible subview wins; left and bottom edges belong to a view, right and top
-// edges do not; hidden subtrees and subviews outside their parent are not hit.
+// The last added visible subview wins; left and bottom edges belong to a view,
+// right and top edges do not; hidden subtrees and subviews outside their parent
+// are not hit.
 TEST(ViewTreeTest, HitTestFindsTheLastAddedVisibleSubviewWithHalfOpenEdges) {
     auto root = makeView(0, 0, 100, 100);
     auto below = makeView(10, 10, 50, 50);
@@ -154,7 +150,8 @@ TEST(ViewTreeTest, EventsPassedOnClimbToTheWindowAndAreDroppedAfterIt) {
     window.mouseDown(*click);  // the end of the chain: nothing happens
 }
 
-// Layers are made on demand, once; a given layer is kept. Actions reach registered selectors.
+// Layers are made on demand, once; a given layer is kept. Actions reach
+// registered selectors.
 TEST(ViewTreeTest, LayersAreMadeOnDemandAndAGivenLayerIsKept) {
     auto plain = makeView(0, 0, 10, 10);
     EXPECT_EQ(nullptr, plain->layer());

@@ -1,7 +1,9 @@
-// A window shown on a real display: Qt's input becomes our events, and the content view paints.
-// Runs only with PARLEY_TEST_DISPLAY set and a display present, for instance:
-//   PARLEY_TEST_DISPLAY=1 xvfb-run -a platform_tests --gtest_filter='WindowDisplayTest.*'
-#include <gtest/gtest.h>
+// A window shown on a real display: Qt's input becomes our events, and the
+// content view paints. Runs only with PARLEY_TEST_DISPLAY set and a display
+// present, for instance:
+//   PARLEY_TEST_DISPLAY=1 xvfb-run -a platform_tests
+//   --gtest_filter='WindowDisplayTest.*'
+#include "tests/platform/ui/PixelTestSupport.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -13,15 +15,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
-#include <vector>
 
 #include "platform/ui/DisplayEventLoop.h"
-#include "platform/ui/Event.h"
-#include "platform/ui/GraphicsContext.h"
-#include "platform/ui/View.h"
-#include "platform/ui/Window.h"
-#include "tests/platform/ui/ViewTestSupport.h"
 
 using namespace platform;
 using namespace std::chrono_literals;
@@ -71,7 +66,8 @@ void sendMouse(QWindow* window, QEvent::Type type, QPointF position, ulong times
 
 TEST(WindowDisplayTest, QtInputBecomesOurEventsAndTheContentPaints) {
     if (!std::getenv("PARLEY_TEST_DISPLAY") || !DisplayEventLoop::hasDisplay())
-        GTEST_SKIP() << "no display requested (set PARLEY_TEST_DISPLAY and run under a display)";
+        GTEST_SKIP() << "no display requested (set PARLEY_TEST_DISPLAY and run "
+                        "under a display)";
 
     KeyRecordingWindow window(NSMakeRect(100, 100, 200, 100), "display test");
     auto content = std::make_shared<PaintingView>();
@@ -84,16 +80,19 @@ TEST(WindowDisplayTest, QtInputBecomesOurEventsAndTheContentPaints) {
     EXPECT_TRUE(window.isShownOnDisplay());
     EXPECT_EQ(native->devicePixelRatio(), window.backingScaleFactor());
 
-    // Qt's top-left position becomes our bottom-left one; the third quick click counts 3.
+    // Qt's top-left position becomes our bottom-left one; the third quick click
+    // counts 3.
     const ulong start = 100000;
     sendMouse(native, QEvent::MouseButtonPress, {10, 10}, start);
     sendMouse(native, QEvent::MouseButtonRelease, {10, 10}, start + 10);
     sendMouse(native, QEvent::MouseButtonPress, {10, 10}, start + 100);
-    sendMouse(native, QEvent::MouseButtonDblClick, {10, 10}, start + 100);  // as Qt adds one
+    sendMouse(native, QEvent::MouseButtonDblClick, {10, 10},
+              start + 100);  // as Qt adds one
     sendMouse(native, QEvent::MouseButtonRelease, {10, 10}, start + 110);
     sendMouse(native, QEvent::MouseButtonPress, {11, 10}, start + 200);
     sendMouse(native, QEvent::MouseButtonRelease, {11, 10}, start + 210);
-    sendMouse(native, QEvent::MouseButtonPress, {11, 10}, start + 10000);  // much later
+    sendMouse(native, QEvent::MouseButtonPress, {11, 10},
+              start + 10000);  // much later
     EXPECT_EQ((std::vector<int>{1, 2, 3, 1}), content->downs);
     EXPECT_EQ((std::vector<int>{1, 2, 3}), content->ups);
     EXPECT_EQ(NSMakePoint(11, 90), window.mouseLocationOutsideOfEventStream());

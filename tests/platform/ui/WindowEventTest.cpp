@@ -1,15 +1,7 @@
-// Event routing through a window: mouse-downs to the view hit, drags and mouse-ups to the view
-// pressed, keys to the first responder, click counts as given.
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
-
-#include "platform/ui/Bitmap.h"
-#include "platform/ui/Event.h"
-#include "platform/ui/View.h"
-#include "platform/ui/Window.h"
-#include "tests/platform/ui/ViewTestSupport.h"
+// Event routing through a window: mouse-downs to the view hit, drags and
+// mouse-ups to the view pressed, keys to the first responder, click counts as
+// given.
+#include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
 
@@ -70,8 +62,9 @@ class WindowEventTest : public ::testing::Test {
 
 }  // namespace
 
-// A press, its drags (off the window too) and its release all go to the view pressed; without
-// one, a release goes to the view under it. Click counts are delivered as given.
+// A press, its drags (off the window too) and its release all go to the view
+// pressed; without one, a release goes to the view under it. Click counts are
+// delivered as given.
 TEST_F(WindowEventTest, PressInsideReleaseOutsideGoesToThePressedView) {
     window.sendEvent(*mouse(EventType::LeftMouseDown, 10, 10, 2));
     window.sendEvent(*mouse(EventType::LeftMouseDragged, 250, 150));  // off the window
@@ -90,8 +83,8 @@ TEST_F(WindowEventTest, PressInsideReleaseOutsideGoesToThePressedView) {
     EXPECT_TRUE(content->events.empty());
 }
 
-// Other pointer events go to the view under the pointer; the last pointer position is kept,
-// keys carry none.
+// Other pointer events go to the view under the pointer; the last pointer
+// position is kept, keys carry none.
 TEST_F(WindowEventTest, PointerEventsGoToTheViewUnderThePointer) {
     window.sendEvent(*mouse(EventType::RightMouseDown, 150, 10));
     window.sendEvent(*mouse(EventType::MouseMoved, 50, 10, 0));
@@ -115,8 +108,8 @@ TEST_F(WindowEventTest, KeysGoToTheFirstResponderOrTheWindow) {
     window.sendEvent(*Event::keyEvent(EventType::KeyDown, kVK_Escape, "\x1b"));
     EXPECT_EQ(std::vector<uint16_t>{kVK_Escape}, window.keys);
 
-    // A view that refuses first responder is not made one, by a click or by hand; nor is a
-    // view of no window.
+    // A view that refuses first responder is not made one, by a click or by hand;
+    // nor is a view of no window.
     window.sendEvent(*mouse(EventType::LeftMouseDown, 150, 50));
     EXPECT_EQ(&window, window.firstResponder());
     EXPECT_FALSE(window.makeFirstResponder(right.get()));
