@@ -23,9 +23,8 @@ std::string stringEntry(const std::string& key, const std::string& value) {
     return "<key>" + key + "</key><string>" + value + "</string>";
 }
 
-// A bundle with string tables for the given languages; each table maps
-// "Greeting" to
-// "<language> hello" and "Only_<language>" to itself.
+// A bundle with string tables for the given languages; each table maps "Greeting" to "<language>
+// hello" and "Only_<language>" to itself.
 std::string makeBundle(const TempDir& dir, const std::vector<std::string>& languages) {
     fs::create_directories(dir.file("Ext.appex/Contents/MacOS"));
     dir.writeText("Ext.appex/Contents/Info.plist",
@@ -55,8 +54,7 @@ TEST(BundleTest, ReadsIdentityAndInfoValues) {
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey("Number"));  // not a string type
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey("Missing"));
 
-    // A binary Info.plist, with a name that is not UTF-8: kept whole, its stray
-    // byte replaced.
+    // A binary Info.plist, with a name that is not UTF-8: kept whole, its stray byte replaced.
     fs::create_directories(dir.file("B.app/Contents"));
     platform::PropertyListCodec::Dictionary info;
     info.set("CFBundleIdentifier", std::string("com.example.binary"));
@@ -81,9 +79,8 @@ TEST(BundleTest, MissingOrCorruptInfoPlistIsLoggedAndEmpty) {
     }
 }
 
-// The first table that has the key wins, in the order LANGUAGE (unless the
-// locale is C), LC_ALL, LC_MESSAGES, LANG, each language with and without its
-// region, then English.
+// The first table that has the key wins, in the order LANGUAGE (unless the locale is C), LC_ALL,
+// LC_MESSAGES, LANG, each language with and without its region, then English.
 TEST(BundleTest, LocalizedStringsFollowTheUserLanguagesThenEnglish) {
     TempDir dir;
     Bundle bundle(makeBundle(dir, {"en", "de", "pt_BR"}));

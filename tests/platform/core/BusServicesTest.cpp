@@ -70,9 +70,8 @@ TEST(BusServicesTest, RunningApplicationFollowsBusNameOwnership) {
     }
 }
 
-// Posts from this process's threads and from another process reach the
-// observer, always on the main thread; other names and a destroyed observer
-// hear nothing.
+// Posts from this process's threads and from another process reach the observer, always on the main
+// thread; other names and a destroyed observer hear nothing.
 TEST(BusServicesTest, ObserverReceivesPostsFromAnyThreadOnTheMainThread) {
     std::atomic<int> received{0};
     std::atomic<bool> offMain{false};
@@ -127,9 +126,8 @@ TEST(BusServicesTest, InvalidNotificationNamesAreRefused) {
         DistributedNotificationCenter::defaultCenter().addObserverForName("bad.name", [] {}));
 }
 
-// No bus at all, an address where nothing listens, or a bus that never answers:
-// each gives up within a bound and says so; back on the real bus everything
-// works again.
+// No bus at all, an address where nothing listens, or a bus that never answers: each gives up
+// within a bound and says so; back on the real bus everything works again.
 TEST(BusServicesTest, MissingDeadOrSilentBusGivesUpAtOnce) {
     testing_support::TempDir dir;
     SilentBus silent(dir.file("silent.sock"));

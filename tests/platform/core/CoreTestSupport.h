@@ -1,7 +1,6 @@
 #pragma once
 
-// What the system-service tests share: the headers they all use, and probes of
-// files and logs.
+// What the system-service tests share: the headers they all use, and probes of files and logs.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

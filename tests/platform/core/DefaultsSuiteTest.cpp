@@ -39,15 +39,13 @@ TEST(DefaultsSuiteTest, WritesAreVisibleAtOnceAndToOthersAfterSynchronize) {
     DefaultsSuite reader(suite);
     EXPECT_EQ(reader.objectForKey("ParleyMacSharePathArray"),
               PropertyValue(StringArray{"/a/1.txt", "/a/2.txt"}));
-    // An object opened earlier picks up the new file without a synchronize of its
-    // own.
+    // An object opened earlier picks up the new file without a synchronize of its own.
     EXPECT_EQ(early.objectForKey("ParleyMacShareType"), text("public.url"));
     EXPECT_EQ(modeOf(reader.path()), 0600u);
     EXPECT_EQ(modeOf(fs::path(reader.path()).parent_path().string()), 0700u);
 }
 
-// Synchronize keeps keys others wrote; an unsaved local change wins over them;
-// nil removes.
+// Synchronize keeps keys others wrote; an unsaved local change wins over them; nil removes.
 TEST(DefaultsSuiteTest, SynchronizeMergesKeysWrittenByOthers) {
     std::string suite = freshSuite();
     DefaultsSuite extension(suite), host(suite);
@@ -72,8 +70,8 @@ TEST(DefaultsSuiteTest, SynchronizeMergesKeysWrittenByOthers) {
     EXPECT_FALSE(check.objectForKey("HostKey"));
 }
 
-// A damaged file is logged, read as empty, set aside when corrupt and replaced
-// at the next synchronize, even one with nothing to write.
+// A damaged file is logged, read as empty, set aside when corrupt and replaced at the next
+// synchronize, even one with nothing to write.
 TEST(DefaultsSuiteTest, CorruptOrUnreadableFileIsLoggedReadAsEmptyAndReplaced) {
     for (bool corrupt : {true, false}) {
         SCOPED_TRACE(corrupt ? "corrupt" : "unreadable");

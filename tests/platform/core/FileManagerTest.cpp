@@ -43,9 +43,8 @@ TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
     EXPECT_FALSE(log.lines().empty());
 }
 
-// Contents and mode bits (less set-user and set-group) are copied, for empty,
-// small and large files alike; a folder is copied whole with its links as
-// links, dangling ones too.
+// Contents and mode bits (less set-user and set-group) are copied, for empty, small and large files
+// alike; a folder is copied whole with its links as links, dangling ones too.
 TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
     TempDir dir;
     for (size_t size : {size_t(0), size_t(100000), size_t(24 * 1024 * 1024 + 123)}) {
@@ -83,8 +82,7 @@ TEST(FileManagerTest, NeverOverwritesOrWritesThroughWhatLiesAtTheDestination) {
     EXPECT_FALSE(error.empty());
     EXPECT_EQ(contentsOf(existing), "keep me");
 
-    // A link at the destination: its target stays untouched, a dangling one's is
-    // not created.
+    // A link at the destination: its target stays untouched, a dangling one's is not created.
     std::string victim = dir.writeText("victim.txt", "victim");
     fs::create_symlink(victim, dir.file("trap"));
     fs::create_symlink(dir.file("would-be-created"), dir.file("dangling-trap"));
@@ -100,8 +98,8 @@ TEST(FileManagerTest, NeverOverwritesOrWritesThroughWhatLiesAtTheDestination) {
     EXPECT_EQ(contentsOf(dir.file("other/inside.txt")), "inside");
 }
 
-// A fifo is refused without blocking; a folder that cannot be copied whole (a
-// fifo inside, or nested too deep) leaves nothing behind.
+// A fifo is refused without blocking; a folder that cannot be copied whole (a fifo inside, or
+// nested too deep) leaves nothing behind.
 TEST(FileManagerTest, RefusesFifosWithoutBlockingAndRemovesPartialFolders) {
     TempDir dir;
     ASSERT_EQ(::mkfifo(dir.file("fifo").c_str(), 0600), 0);

@@ -33,8 +33,8 @@ std::shared_ptr<LoadResult> load(const std::shared_ptr<ItemProvider>& provider,
 
 }  // namespace
 
-// A file URL is both a file URL and a URL, a web URL only a URL; loads run off
-// the main thread; asking for what a provider cannot give is a logged error.
+// A file URL is both a file URL and a URL, a web URL only a URL; loads run off the main thread;
+// asking for what a provider cannot give is a logged error.
 TEST(ItemProviderTest, FileURLConformsToBothTypesAndLoadsOffTheMainThread) {
     auto file = ItemProvider::withURL(Url::fileURLWithPath("/tmp/a.txt"));
     auto web = ItemProvider::withURL(*Url::URLWithString("https://parley.example/x"));
@@ -80,8 +80,8 @@ TEST(ItemProviderTest, ProvidersWithoutLoadersReportAnError) {
     EXPECT_TRUE(none->done && !none->item && !none->error);
 }
 
-// Completions really overlap; work is counted until done, work a task posts to
-// the main queue included.
+// Completions really overlap; work is counted until done, work a task posts to the main queue
+// included.
 TEST(WorkerPoolTest, ThousandTasksRunConcurrentlyAndAreCountedUntilDone) {
     std::atomic<int> finished{0}, running{0}, peak{0}, mainRuns{0};
     for (int i = 0; i < 1000; ++i) {

@@ -5,9 +5,8 @@
 
 using platform::Url;
 
-// Everything but "/" and the unreserved characters is percent-encoded, bytes
-// that are not UTF-8 included; the path, its last component and extension come
-// back as given.
+// Everything but "/" and the unreserved characters is percent-encoded, bytes that are not UTF-8
+// included; the path, its last component and extension come back as given.
 TEST(UrlTest, FileURLPercentEncodesEverythingButSlashAndUnreserved) {
     struct Case {
         const char *path, *absolute, *last, *extension;
@@ -45,8 +44,7 @@ TEST(UrlTest, URLWithStringNeedsAnAbsoluteURL) {
     for (const char* bad : {"example.com/page", "", "://x", "1http://x", "http://exa mple.com"})
         EXPECT_FALSE(Url::URLWithString(bad)) << bad;
 
-    // A file URL's path is decoded, an escape at the very end too; a broken
-    // escape stays.
+    // A file URL's path is decoded, an escape at the very end too; a broken escape stays.
     for (auto [text, path] :
          {std::pair{"file:///tmp/a%20b.txt", "/tmp/a b.txt"},
           std::pair{"file:///tmp/a%41", "/tmp/aA"}, std::pair{"file:///tmp/a%4", "/tmp/a%4"},

@@ -55,8 +55,8 @@ TEST(WorkspaceTest, LaunchesTheBundleExecutableDetached) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-// No bundle, no such executable, one outside the bundle, or one that may not be
-// run: each is a logged failure, and nothing runs.
+// No bundle, no such executable, one outside the bundle, or one that may not be run: each is a
+// logged failure, and nothing runs.
 TEST(WorkspaceTest, MissingOrBrokenApplicationsAreLoggedFailures) {
     TempDir dir;
     ScopedEnv apps("PARLEY_APPLICATIONS_DIR", dir.path());

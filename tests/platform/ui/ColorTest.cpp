@@ -22,8 +22,8 @@ std::array<double, 4> components(CGColorRef color) {
 
 }  // namespace
 
-// Named colours are white levels; conversion to generic RGB keeps components
-// exactly; a colour equals another only in the same space.
+// Named colours are white levels; conversion to generic RGB keeps components exactly; a colour
+// equals another only in the same space.
 TEST(ColorTest, ConversionToGenericRgbKeepsComponentsExactly) {
     EXPECT_EQ((std::array<double, 4>{1, 1, 1, 1}), components(*Color::whiteColor()));
     EXPECT_EQ((std::array<double, 4>{0, 0, 0, 1}), components(*Color::blackColor()));
@@ -46,9 +46,8 @@ TEST(ColorTest, ConversionToGenericRgbKeepsComponentsExactly) {
     EXPECT_FALSE(*Color::whiteColor() == *Color::colorWithDeviceRed(1, 1, 1, 1));
 }
 
-// A colour owns one handle; handles count references, a copy with another alpha
-// is new, and null is harmless everywhere. (Use after free shows under
-// AddressSanitizer.)
+// A colour owns one handle; handles count references, a copy with another alpha is new, and null is
+// harmless everywhere. (Use after free shows under AddressSanitizer.)
 TEST(ColorTest, CoreGraphicsColoursCountReferences) {
     auto colour = Color::colorWithCalibratedWhite(0.5, 0.75);
     CGColorRef handle = colour->CGColor();

@@ -32,8 +32,8 @@ TEST_P(DrawingTest, OriginIsTheBottomLeftCorner) {
     EXPECT_EQ(kClear, bitmap->pixelAt(int(scale()), 0));
 }
 
-// Colours blend over what is there; save and restore nest translations,
-// colours, clips and alpha; an unbalanced restore is ignored.
+// Colours blend over what is there; save and restore nest translations, colours, clips and alpha;
+// an unbalanced restore is ignored.
 TEST_P(DrawingTest, SaveAndRestoreNestTransformsColoursAndClips) {
     auto bitmap = render(40, 10, scale(), [](GraphicsContext& context) {
         colorOf(kRed)->setFill();
@@ -60,8 +60,8 @@ TEST_P(DrawingTest, SaveAndRestoreNestTransformsColoursAndClips) {
     expectPixels(*bitmap, pixels);
 }
 
-// Rounded rects: radii clamped to half each side; strokes centred on the path,
-// mitred at square corners; a path clip limits drawing until restored.
+// Rounded rects: radii clamped to half each side; strokes centred on the path, mitred at square
+// corners; a path clip limits drawing until restored.
 TEST_P(DrawingTest, RoundedRectFillKeepsCornersClear) {
     const double h = half();
     auto filledPath = render(40, 30, scale(), [](GraphicsContext&) {
@@ -100,8 +100,8 @@ TEST_P(DrawingTest, RoundedRectFillKeepsCornersClear) {
               64);  // the clip's rounded corner
 }
 
-// Aspect fill covers and crops (inside a rounded mask too), aspect fit fits,
-// resize stretches, centre keeps the natural size.
+// Aspect fill covers and crops (inside a rounded mask too), aspect fit fits, resize stretches,
+// centre keeps the natural size.
 TEST_P(DrawingTest, LayerContentsFollowGravity) {
     Layer layer;
     layer.setContents(imageOf({20, 10}, [] {
@@ -131,8 +131,7 @@ TEST_P(DrawingTest, LayerContentsFollowGravity) {
     expectPixels(*draw(Layer::Gravity::ResizeAspectFill), maskedFillPixels);
 }
 
-// Masks keep their alpha, intersect, apply to paths and alpha alike, and end at
-// restore.
+// Masks keep their alpha, intersect, apply to paths and alpha alike, and end at restore.
 TEST_P(DrawingTest, ClipToMaskKeepsTheMasksAlpha) {
     auto mask = imageOf({10, 10}, [] {
         fill(kRed, NSMakeRect(0, 0, 5, 10));

@@ -6,8 +6,8 @@
 
 using namespace platform;
 
-// Left and bottom edges belong to a rect, right and top edges do not; empty,
-// negative and NaN never contain.
+// Left and bottom edges belong to a rect, right and top edges do not; empty, negative and NaN never
+// contain.
 TEST(GeometryTest, PointInRectIncludesLeftAndBottomEdgesOnly) {
     const Rect rect = NSMakeRect(10, 20, 50, 30);
     for (Point inside : {Point{10, 20}, Point{10, 35}, Point{35, 20}, Point{59.999, 49.999}})

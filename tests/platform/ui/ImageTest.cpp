@@ -14,8 +14,8 @@ using pixel_test::render;
 
 namespace {
 
-// 10 x 10 points: the top half red, the bottom half blue, and a half-point
-// green stripe at x = 4.5..5 in the top half.
+// 10 x 10 points: the top half red, the bottom half blue, and a half-point green stripe at x =
+// 4.5..5 in the top half.
 const char* kStripedSvg =
     R"(<svg xmlns="http://www.w3.org/2000/svg" width="10" height="10"
     viewBox="0 0 10 10">
@@ -37,9 +37,8 @@ std::string writeSolidPng(const testing_support::TempDir& dir,
 
 }  // namespace
 
-// An SVG has its point size and draws upright at any scale, sharply at twice
-// the scale: the half-point stripe is exactly pixel column 9 at 2x, and blends
-// at 1x.
+// An SVG has its point size and draws upright at any scale, sharply at twice the scale: the
+// half-point stripe is exactly pixel column 9 at 2x, and blends at 1x.
 TEST(ImageTest, SvgIsRenderedSharplyAtTwiceTheScale) {
     testing_support::TempDir dir;
     auto image = Image::imageWithContentsOfFile(dir.writeText("striped.svg", kStripedSvg));
@@ -86,8 +85,8 @@ TEST(ImageTest, UnreadableFilesGiveNoImageAndALogLine) {
     EXPECT_EQ(4u, log.lines().size());
 }
 
-// The handler runs at every drawing (never cached), in image coordinates, at
-// the alpha asked; a flipped image's handler draws with y growing downward.
+// The handler runs at every drawing (never cached), in image coordinates, at the alpha asked; a
+// flipped image's handler draws with y growing downward.
 TEST(ImageTest, DrawingHandlerRunsAtEveryDrawingInImageCoordinates) {
     int calls = 0;
     Rect seen;
@@ -115,8 +114,8 @@ TEST(ImageTest, DrawingHandlerRunsAtEveryDrawingInImageCoordinates) {
     pixel_test::expectPixels(*flipped->bitmapAtScale(1), {{5, 9.5, kBlue}, {5, 0.5, kClear}});
 }
 
-// A bitmap answers straight (not premultiplied) components, survives a PNG
-// round trip, and drawn back at 2x lands pixel for pixel.
+// A bitmap answers straight (not premultiplied) components, survives a PNG round trip, and drawn
+// back at 2x lands pixel for pixel.
 TEST(ImageTest, BitmapImagesAndPngRoundTrip) {
     auto source = render(6, 4, 2, [](GraphicsContext&) {
         Color::colorWithDeviceRed(1, 0.5, 0, 0.5)->setFill();

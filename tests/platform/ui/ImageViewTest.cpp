@@ -1,5 +1,4 @@
-// The image view: placement by scaling, drawing, target/action and mouse
-// pass-through.
+// The image view: placement by scaling, drawing, target/action and mouse pass-through.
 #include "tests/platform/ui/PixelTestSupport.h"
 
 #include "platform/ui/ImageView.h"
@@ -61,8 +60,7 @@ TEST(ImageViewTest, DrawsTheImageWhereImageRectSays) {
     pixel_test::expectPixels(*Bitmap::renderView(*view, 2), pixels);
 }
 
-// The action goes to a target that answers it, with the view as sender; the
-// target is weak.
+// The action goes to a target that answers it, with the view as sender; the target is weak.
 TEST(ImageViewTest, SendActionReachesATargetThatResponds) {
     auto view = std::make_shared<ImageView>(NSMakeRect(0, 0, 10, 10));
     EXPECT_FALSE(view->sendAction());

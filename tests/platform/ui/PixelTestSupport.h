@@ -1,7 +1,7 @@
 #pragma once
 
-// What the view toolkit tests share: the headers they all use, offscreen
-// canvases for pixel tests and probes of what they show.
+// What the view toolkit tests share: the headers they all use, offscreen canvases for pixel tests
+// and probes of what they show.
 
 #include <gtest/gtest.h>
 
@@ -36,8 +36,8 @@ inline std::ostream& operator<<(std::ostream& out, const Rgba& p) {
 
 namespace pixel_test {
 
-// Runs |draw| with a current context over a transparent canvas of |width| x
-// |height| points at |scale|, and returns the pixels.
+// Runs |draw| with a current context over a transparent canvas of |width| x |height| points at
+// |scale|, and returns the pixels.
 inline std::shared_ptr<platform::Bitmap> render(
     double width,
     double height,
@@ -95,8 +95,7 @@ void expectPixels(const platform::Bitmap& bitmap, const Probes& probes) {
     }
 }
 
-// The box of pixels (rows from the top) whose alpha passes |threshold|; empty
-// when none.
+// The box of pixels (rows from the top) whose alpha passes |threshold|; empty when none.
 struct InkBox {
     int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
     bool empty() const { return right < 0; }

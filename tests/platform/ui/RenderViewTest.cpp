@@ -9,8 +9,8 @@ class RenderViewTest : public ScaledTest {};
 
 }  // namespace
 
-// The render starts at the view's frame origin, whatever its superview; the
-// parent's rounded corners clip its children and its own background alike.
+// The render starts at the view's frame origin, whatever its superview; the parent's rounded
+// corners clip its children and its own background alike.
 TEST_P(RenderViewTest, LayerBackedTreeRendersFromItsFrameOrigin) {
     auto parent = std::make_shared<View>(NSMakeRect(5, 7, 40, 30));
     setLayerBackground(*parent, kGreen);

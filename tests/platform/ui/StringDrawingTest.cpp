@@ -29,16 +29,14 @@ TEST(StringDrawingTest, SystemFontIsDejaVuWithPlausibleMetrics) {
     EXPECT_EQ("DejaVu Sans", font->familyName());
     EXPECT_LT(font->descender(), 0);
     EXPECT_GE(font->leading(), 0);
-    // Metrics are in points whatever the screen's resolution: about 1.16 em for
-    // this face.
+    // Metrics are in points whatever the screen's resolution: about 1.16 em for this face.
     EXPECT_GT(font->ascender() - font->descender(), 20);
     EXPECT_LT(font->ascender() - font->descender(), 26);
     EXPECT_DOUBLE_EQ(2 * Font::systemFontOfSize(10)->ascender(), font->ascender());
 }
 
-// A line is as high as the font with or without leading; its width is the
-// natural advance. Without the line fragment origin the rectangle hangs from
-// the baseline.
+// A line is as high as the font with or without leading; its width is the natural advance. Without
+// the line fragment origin the rectangle hangs from the baseline.
 TEST(StringDrawingTest, OneLineIsOneLineHighWithOrWithoutLeading) {
     auto attributes = attributesOfSize(13);
     const Font& font = *attributes.font;
@@ -103,8 +101,8 @@ TEST(StringDrawingTest, CaretAndSelectionFollowUtf8Offsets) {
     EXPECT_DOUBLE_EQ(lineH, wrapped[1].origin.y);
 }
 
-// Lines start at the top of the rect; the glyph is not mirrored (the bar of a T
-// is at the top) and grows with the backing scale.
+// Lines start at the top of the rect; the glyph is not mirrored (the bar of a T is at the top) and
+// grows with the backing scale.
 TEST(StringDrawingTest, DrawnTextIsUprightAndScalesWithTheBacking) {
     TextAttributes attributes{Font::systemFontOfSize(20), Color::blackColor()};
     int heights[3] = {};
@@ -129,8 +127,8 @@ TEST(StringDrawingTest, DrawnTextIsUprightAndScalesWithTheBacking) {
     EXPECT_NEAR(2 * heights[1], heights[2], 2);
 }
 
-// Alignment places the text; text wider than its rect never draws outside it,
-// whatever the line-break mode.
+// Alignment places the text; text wider than its rect never draws outside it, whatever the
+// line-break mode.
 TEST(StringDrawingTest, AlignmentAndClipping) {
     TextAttributes attributes{Font::systemFontOfSize(12), Color::blackColor()};
     auto drawn = [&](const std::string& text, Rect rect, int alignment, int mode) {
@@ -155,9 +153,8 @@ TEST(StringDrawingTest, AlignmentAndClipping) {
     }
 }
 
-// Layouts are reused between drawings: a redraw must still follow every change
-// of text, font, alignment and box, and drawing the same text twice gives the
-// same pixels.
+// Layouts are reused between drawings: a redraw must still follow every change of text, font,
+// alignment and box, and drawing the same text twice gives the same pixels.
 TEST(StringDrawingTest, RedrawsFollowEveryChangeDespiteReusedLayouts) {
     auto drawn = [](const std::string& text, double size, int alignment, double width) {
         return inkOf(*pixel_test::render(200, 40, 1, [&](GraphicsContext&) {

@@ -41,8 +41,8 @@ TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
     EXPECT_EQ(0, Bitmap::renderView(*field, 1)->pixelAtPoint(20, 10).a);
 }
 
-// Text sits at the top after the cell's inset, aligned as asked, truncated
-// inside the field; a 16-high label with a 12-point font shows its whole line.
+// Text sits at the top after the cell's inset, aligned as asked, truncated inside the field; a
+// 16-high label with a 12-point font shows its whole line.
 TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));

@@ -1,5 +1,4 @@
-// The text view: layout, typing, caret and selection, mouse handling, drawing,
-// focus ring.
+// The text view: layout, typing, caret and selection, mouse handling, drawing, focus ring.
 #include "tests/platform/ui/PixelTestSupport.h"
 
 #include "platform/ui/TextView.h"
@@ -41,8 +40,7 @@ class TextViewTest : public ::testing::Test {
         for (char c : characters)
             window.sendEvent(*key(0, std::string(1, c)));
     }
-    // A point in the window on the text view's first line, |x| points from the
-    // view's left.
+    // A point in the window on the text view's first line, |x| points from the view's left.
     Point onFirstLine(double x) const { return {20 + x, 20 + 100 - 7}; }
 
     RecordingWindow window{NSMakeRect(0, 0, 300, 200)};
@@ -65,8 +63,8 @@ TEST(TextViewDefaultsTest, DefaultsMatchThePlatformTextView) {
     EXPECT_TRUE(view.isSelectable());
 }
 
-// One line high when empty; a line per line, words wrapped at the width less
-// the padding, and laid out again when the view narrows.
+// One line high when empty; a line per line, words wrapped at the width less the padding, and laid
+// out again when the view narrows.
 TEST(TextViewDefaultsTest, UsedRectGrowsWithLinesAndIncludesThePadding) {
     TextView view(NSMakeRect(0, 0, 100, 20));
     auto used = [&] {
@@ -151,8 +149,7 @@ TEST_F(TextViewTest, SelectionIsReplacedAndExtendedWithShift) {
     EXPECT_EQ("", text->string());
 }
 
-// Keys the view does not use go up the chain, all of them once it is not
-// editable.
+// Keys the view does not use go up the chain, all of them once it is not editable.
 TEST_F(TextViewTest, KeysTheViewDoesNotUseGoUpTheChain) {
     window.sendEvent(*key(kVK_Escape, "\x1b"));
     window.sendEvent(*key(0, "a", NSEventModifierFlagCommand));
@@ -165,8 +162,8 @@ TEST_F(TextViewTest, KeysTheViewDoesNotUseGoUpTheChain) {
     EXPECT_EQ(0, text->changes);
 }
 
-// Clicks place the caret, drags select, double clicks a word, triple clicks the
-// line; a view that is not selectable passes the mouse on.
+// Clicks place the caret, drags select, double clicks a word, triple clicks the line; a view that
+// is not selectable passes the mouse on.
 TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
     text->setString("hello world");
     auto at = [&](EventType type, double x, int clicks = 1) {
@@ -194,8 +191,8 @@ TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
     EXPECT_EQ(&window, window.firstResponder());
 }
 
-// The background, then the text from the top after the padding; the selection
-// shows only while the view is first responder.
+// The background, then the text from the top after the padding; the selection shows only while the
+// view is first responder.
 TEST_F(TextViewTest, DrawsBackgroundTextAndAClearBackground) {
     text->setString("Hello");
     const auto ink =
@@ -222,8 +219,7 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndAClearBackground) {
     EXPECT_TRUE(selection().empty());
 }
 
-// The ring follows the mask, only while the view is editable and first
-// responder.
+// The ring follows the mask, only while the view is editable and first responder.
 TEST_F(TextViewTest, TheFocusRingFollowsTheMaskAndOnlyWhileEditableAndFocused) {
     auto ringed = std::make_shared<BoundsRingTextView>(NSMakeRect(20, 130, 200, 40));
     ringed->setBackgroundColor(Color::clearColor());
@@ -240,8 +236,7 @@ TEST_F(TextViewTest, TheFocusRingFollowsTheMaskAndOnlyWhileEditableAndFocused) {
     ringed->setEditable(false);
     EXPECT_EQ(0, pixel(18.5, 150).a);
 
-    // The base's mask is the used rect of its text: with no text, nothing rings
-    // the bounds.
+    // The base's mask is the used rect of its text: with no text, nothing rings the bounds.
     text->setBackgroundColor(Color::clearColor());
     ASSERT_TRUE(window.makeFirstResponder(text.get()));
     EXPECT_EQ(0, pixel(18.5, 70).a);

@@ -4,9 +4,8 @@
 using namespace platform;
 using namespace pixel_test;
 
-// Later siblings draw above, subviews are clipped to their parent, frames are
-// bottom-left with y up; hidden subtrees draw nothing; alpha multiplies down
-// the tree.
+// Later siblings draw above, subviews are clipped to their parent, frames are bottom-left with y
+// up; hidden subtrees draw nothing; alpha multiplies down the tree.
 TEST(ViewRenderingTest, LaterSiblingsDrawAboveAndSubviewsAreClippedToTheirParent) {
     auto root = std::make_shared<View>(NSMakeRect(0, 0, 40, 40));
     auto parent = filled(0, 0, 20, 20, kRed);

@@ -1,5 +1,5 @@
-// Readable failure messages for geometry values in the view tests, and a window
-// that records what reaches the end of its responder chain.
+// Readable failure messages for geometry values in the view tests, and a window that records what
+// reaches the end of its responder chain.
 #pragma once
 
 #include <ostream>

@@ -1,5 +1,4 @@
-// The view tree: geometry, hit testing, coordinate conversion, the responder
-// chain and layers.
+// The view tree: geometry, hit testing, coordinate conversion, the responder chain and layers.
 #include "tests/platform/ui/PixelTestSupport.h"
 
 #include "platform/ui/ViewController.h"
@@ -23,27 +22,10 @@ class FrameRecordingView : public View {
     int setFrameCalls = 0;
 };
 
-// Records the mouse-downs it takes; passes them on when asked to.
-class RecordingResponder : public View {
-  public:
-    explicit RecordingResponder(const Rect& frame, bool passOn = false)
-        : View(frame), passOn_(passOn) {}
-    void mouseDown(const Event& event) override {
-        ++mouseDowns;
-        if (passOn_)
-            View::mouseDown(event);
-    }
-    int mouseDowns = 0;
-
-  private:
-    bool passOn_;
-};
-
 }  // namespace
 
-// The last added visible subview wins; left and bottom edges belong to a view,
-// right and top edges do not; hidden subtrees and subviews outside their parent
-// are not hit.
+// The last added visible subview wins; left and bottom edges belong to a view, right and top edges
+// do not; hidden subtrees and subviews outside their parent are not hit.
 TEST(ViewTreeTest, HitTestFindsTheLastAddedVisibleSubviewWithHalfOpenEdges) {
     auto root = makeView(0, 0, 100, 100);
     auto below = makeView(10, 10, 50, 50);
@@ -133,25 +115,22 @@ TEST(ViewTreeTest, OriginAndSizeSettersDoNotGoThroughSetFrame) {
 }
 
 TEST(ViewTreeTest, EventsPassedOnClimbToTheWindowAndAreDroppedAfterIt) {
-    Window window(NSMakeRect(0, 0, 100, 100));
-    auto content = std::make_shared<RecordingResponder>(NSZeroRect);
+    RecordingWindow window(NSMakeRect(0, 0, 100, 100));
+    auto content = std::make_shared<View>();
     window.setContentView(content);
     auto middle = makeView(0, 0, 50, 50);
-    auto leaf = std::make_shared<RecordingResponder>(NSMakeRect(0, 0, 10, 10), true);
+    auto leaf = makeView(0, 0, 10, 10);
     middle->addSubview(leaf);
     content->addSubview(middle);
-    EXPECT_EQ(&window, content->nextResponder());
     EXPECT_EQ(nullptr, window.nextResponder());
 
     auto click = Event::mouseEvent(EventType::LeftMouseDown, {5, 5}, 1);
-    leaf->mouseDown(*click);  // the plain middle view hands it on to the content view
-    EXPECT_EQ(1, leaf->mouseDowns);
-    EXPECT_EQ(1, content->mouseDowns);
-    window.mouseDown(*click);  // the end of the chain: nothing happens
+    leaf->mouseDown(*click);  // plain views hand it on, up to the window
+    EXPECT_EQ(1, window.mouseDowns);
+    window.Window::mouseDown(*click);  // the end of the chain: nothing happens
 }
 
-// Layers are made on demand, once; a given layer is kept. Actions reach
-// registered selectors.
+// Layers are made on demand, once; a given layer is kept. Actions reach registered selectors.
 TEST(ViewTreeTest, LayersAreMadeOnDemandAndAGivenLayerIsKept) {
     auto plain = makeView(0, 0, 10, 10);
     EXPECT_EQ(nullptr, plain->layer());

@@ -1,6 +1,5 @@
-// A window shown on a real display: Qt's input becomes our events, and the
-// content view paints. Runs only with PARLEY_TEST_DISPLAY set and a display
-// present, for instance:
+// A window shown on a real display: Qt's input becomes our events, and the content view paints.
+// Runs only with PARLEY_TEST_DISPLAY set and a display present, for instance:
 //   PARLEY_TEST_DISPLAY=1 xvfb-run -a platform_tests
 //   --gtest_filter='WindowDisplayTest.*'
 #include "tests/platform/ui/PixelTestSupport.h"
@@ -80,8 +79,7 @@ TEST(WindowDisplayTest, QtInputBecomesOurEventsAndTheContentPaints) {
     EXPECT_TRUE(window.isShownOnDisplay());
     EXPECT_EQ(native->devicePixelRatio(), window.backingScaleFactor());
 
-    // Qt's top-left position becomes our bottom-left one; the third quick click
-    // counts 3.
+    // Qt's top-left position becomes our bottom-left one; the third quick click counts 3.
     const ulong start = 100000;
     sendMouse(native, QEvent::MouseButtonPress, {10, 10}, start);
     sendMouse(native, QEvent::MouseButtonRelease, {10, 10}, start + 10);
