@@ -44,6 +44,7 @@ TEST(ColorTest, ConversionToGenericRgbKeepsComponentsExactly) {
     EXPECT_TRUE(*red == *Color::colorWithDeviceRed(1, 0, 0, 1));
     EXPECT_FALSE(*red == *red->colorWithAlphaComponent(0.25));
     EXPECT_FALSE(*Color::whiteColor() == *Color::colorWithDeviceRed(1, 1, 1, 1));
+    EXPECT_TRUE(*Color::whiteColor() == *Color::colorWithWhite(1, 1));
 }
 
 // A colour owns one handle; handles count references, a copy with another alpha is new, and null is

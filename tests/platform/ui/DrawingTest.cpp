@@ -51,7 +51,8 @@ TEST_P(DrawingTest, SaveAndRestoreNestTransformsColoursAndClips) {
         context.fillRect(NSMakeRect(0, 0, 5, 5));  // red at the origin again
         context.restoreGraphicsState();            // unbalanced: logged and ignored
         EXPECT_EQ(1.0, context.alpha());
-        fill(kBlack, NSMakeRect(30, 0, 10, 10));
+        CGContextSetFillColorWithColor(context.CGContext(), colorOf(kBlack)->CGColor());
+        CGContextFillRect(context.CGContext(), NSMakeRect(30, 0, 10, 10));
         fill(kGreen, NSMakeRect(30, 0, 10, 10), 0.5);  // half green over black
     });
     const Probe pixels[] = {{2.5, 2.5, kRed},    {12.5, 2.5, kGreen},
