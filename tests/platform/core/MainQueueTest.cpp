@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <chrono>
-#include <mutex>
-#include <thread>
-#include <vector>
-
-#include "platform/core/EventLoop.h"
-#include "platform/core/MainQueue.h"
-#include "platform/core/WorkerPool.h"
+#include "tests/platform/core/CoreTestSupport.h"
 
 using platform::EventLoop;
 using platform::MainQueue;
@@ -35,29 +25,31 @@ TEST(MainQueueTest, AsyncFromWorkersRunsInOrderOnTheMainThread) {
 }
 
 TEST(MainQueueTest, AfterRunsByDueTimeNeverEarly) {
-    struct Run {
-        char name;
-        Clock::duration late;  // ran this long after it was scheduled
-    };
-    std::vector<Run> runs;
+    std::string order;
+    std::vector<Clock::duration> late;  // how long after scheduling each ran
     std::mutex scheduledMutex;
     Clock::time_point scheduled;
+    auto record = [&](char name) {
+        return [&, name] {
+            order += name;
+            late.push_back(Clock::now() - scheduled);
+        };
+    };
     std::thread scheduler([&] {
         std::lock_guard<std::mutex> lock(scheduledMutex);
         scheduled = Clock::now();
-        MainQueue::after(120'000'000, [&] { runs.push_back({'A', Clock::now() - scheduled}); });
-        MainQueue::after(30'000'000, [&] { runs.push_back({'B', Clock::now() - scheduled}); });
-        MainQueue::after(30'000'000, [&] { runs.push_back({'C', Clock::now() - scheduled}); });
-        MainQueue::after(-5, [&] { runs.push_back({'D', Clock::now() - scheduled}); });
+        MainQueue::after(120'000'000, record('A'));
+        MainQueue::after(30'000'000, record('B'));
+        MainQueue::after(30'000'000, record('C'));
+        MainQueue::after(-5, record('D'));
     });
     scheduler.join();
     ASSERT_TRUE(EventLoop::runUntilIdle(5s));
     std::lock_guard<std::mutex> lock(scheduledMutex);
-    ASSERT_EQ(runs.size(), 4u);
-    EXPECT_EQ(std::string({runs[0].name, runs[1].name, runs[2].name, runs[3].name}), "DBCA");
-    EXPECT_GE(runs[1].late, 30ms);
-    EXPECT_GE(runs[2].late, 30ms);
-    EXPECT_GE(runs[3].late, 120ms);
+    ASSERT_EQ(order, "DBCA");
+    EXPECT_GE(late[1], 30ms);
+    EXPECT_GE(late[2], 30ms);
+    EXPECT_GE(late[3], 120ms);
 }
 
 TEST(MainQueueTest, PendingWorkCountsQueuedTasksUntilTheyRun) {

@@ -1,39 +1,35 @@
-#include <gtest/gtest.h>
+#include "tests/platform/core/CoreTestSupport.h"
 
-#include <thread>
-#include <vector>
-
-#include "platform/core/Log.h"
 #include "platform/core/PropertyValue.h"
 #include "platform/core/Url.h"
 
 using platform::Url;
 
+// Everything but "/" and the unreserved characters is percent-encoded, bytes that are not UTF-8
+// included; the path, its last component and extension come back as given.
 TEST(UrlTest, FileURLPercentEncodesEverythingButSlashAndUnreserved) {
-    Url url = Url::fileURLWithPath("/tmp/My File #1 (ü).txt");
-    EXPECT_TRUE(url.isFileURL());
-    EXPECT_EQ(url.path(), "/tmp/My File #1 (ü).txt");
-    EXPECT_EQ(url.absoluteString(), "file:///tmp/My%20File%20%231%20%28%C3%BC%29.txt");
-    EXPECT_EQ(url.lastPathComponent(), "My File #1 (ü).txt");
-    EXPECT_EQ(url.pathExtension(), "txt");
-}
-
-TEST(UrlTest, FileURLKeepsNamesThatAreNotUtf8) {
-    std::string path = "/data/\xff\xfe-name.tar.gz";
-    Url url = Url::fileURLWithPath(path);
-    EXPECT_EQ(url.path(), path);
-    EXPECT_EQ(url.absoluteString(), "file:///data/%FF%FE-name.tar.gz");
-    EXPECT_EQ(url.lastPathComponent(), "\xff\xfe-name.tar.gz");
-    EXPECT_EQ(url.pathExtension(), "gz");
-}
-
-TEST(UrlTest, PathExtensionAndLastComponentEdges) {
-    EXPECT_EQ(Url::fileURLWithPath("/a/README").pathExtension(), "");
-    EXPECT_EQ(Url::fileURLWithPath("/a.d/README").pathExtension(), "");
-    EXPECT_EQ(Url::fileURLWithPath("/a/folder/").lastPathComponent(), "folder");
-    EXPECT_EQ(Url::fileURLWithPath("/").lastPathComponent(), "/");
-    EXPECT_EQ(Url::fileURLWithPath("/a/x.").pathExtension(), "");
-    EXPECT_EQ(Url::fileURLWithPath("/a/Photo.JPG").pathExtension(), "JPG");
+    struct Case {
+        const char *path, *absolute, *last, *extension;
+    } cases[] = {
+        {"/tmp/My File #1 (\xC3\xBC).txt", "file:///tmp/My%20File%20%231%20%28%C3%BC%29.txt",
+         "My File #1 (\xC3\xBC).txt", "txt"},
+        {"/data/\xff\xfe-name.tar.gz", "file:///data/%FF%FE-name.tar.gz", "\xff\xfe-name.tar.gz",
+         "gz"},
+        {"/a.d/README", "file:///a.d/README", "README", ""},
+        {"/a/folder", "file:///a/folder", "folder", ""},
+        {"/", "file:///", "/", ""},
+        {"/a/x.", "file:///a/x.", "x.", ""},
+        {"/a/Photo.JPG", "file:///a/Photo.JPG", "Photo.JPG", "JPG"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        Url url = Url::fileURLWithPath(c.path);
+        EXPECT_TRUE(url.isFileURL());
+        EXPECT_EQ(url.path(), c.path);
+        EXPECT_EQ(url.absoluteString(), c.absolute);
+        EXPECT_EQ(url.lastPathComponent(), c.last);
+        EXPECT_EQ(url.pathExtension(), c.extension);
+    }
 }
 
 TEST(UrlTest, URLWithStringNeedsAnAbsoluteURL) {
@@ -45,16 +41,20 @@ TEST(UrlTest, URLWithStringNeedsAnAbsoluteURL) {
     EXPECT_EQ(web->pathExtension(), "html");
     EXPECT_EQ(web->path(), "");
 
-    EXPECT_FALSE(Url::URLWithString("example.com/page"));
-    EXPECT_FALSE(Url::URLWithString(""));
-    EXPECT_FALSE(Url::URLWithString("://x"));
-    EXPECT_FALSE(Url::URLWithString("1http://x"));
-    EXPECT_FALSE(Url::URLWithString("http://exa mple.com"));
+    for (const char* bad : {"example.com/page", "", "://x", "1http://x", "http://exa mple.com"})
+        EXPECT_FALSE(Url::URLWithString(bad)) << bad;
 
-    auto file = Url::URLWithString("file:///tmp/a%20b.txt");
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(file->isFileURL());
-    EXPECT_EQ(file->path(), "/tmp/a b.txt");
+    // A file URL's path is decoded, an escape at the very end too; a broken escape is no URL.
+    for (const char* broken : {"file:///tmp/a%4", "file:///tmp/%zz"})
+        EXPECT_FALSE(Url::URLWithString(broken)) << broken;
+    EXPECT_EQ(Url::fileURLWithPath("/a/folder/").lastPathComponent(), "folder");
+    for (auto [text, path] : {std::pair{"file:///tmp/a%20b.txt", "/tmp/a b.txt"},
+                              std::pair{"file:///tmp/a%41", "/tmp/aA"}}) {
+        auto file = Url::URLWithString(text);
+        ASSERT_TRUE(file) << text;
+        EXPECT_TRUE(file->isFileURL());
+        EXPECT_EQ(file->path(), path);
+    }
 }
 
 TEST(PropertyValueTest, DescribeMatchesTheFormatter) {

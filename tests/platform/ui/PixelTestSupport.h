@@ -1,15 +1,29 @@
 #pragma once
 
-// Offscreen canvases for pixel tests of the drawing toolkit.
+// What the view toolkit tests share: the headers they all use, offscreen canvases for pixel tests
+// and probes of what they show.
+
+#include <gtest/gtest.h>
 
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <ostream>
 
+#include <vector>
+
+#include "platform/ui/BezierPath.h"
 #include "platform/ui/Bitmap.h"
+#include "platform/ui/Event.h"
 #include "platform/ui/GraphicsContext.h"
+#include "platform/ui/Image.h"
+#include "platform/ui/Layer.h"
+#include "platform/ui/View.h"
+#include "platform/ui/Window.h"
+#include "tests/platform/ui/ViewTestSupport.h"
 
 namespace platform {
 
@@ -22,8 +36,8 @@ inline std::ostream& operator<<(std::ostream& out, const Rgba& p) {
 
 namespace pixel_test {
 
-// Runs |draw| with a current context over a transparent canvas of |width| x |height| points
-// at |scale|, and returns the pixels.
+// Runs |draw| with a current context over a transparent canvas of |width| x |height| points at
+// |scale|, and returns the pixels.
 inline std::shared_ptr<platform::Bitmap> render(
     double width,
     double height,
@@ -45,10 +59,109 @@ constexpr platform::Rgba kClear{0, 0, 0, 0};
 constexpr platform::Rgba kRed{255, 0, 0, 255};
 constexpr platform::Rgba kGreen{0, 255, 0, 255};
 constexpr platform::Rgba kBlue{0, 0, 255, 255};
+constexpr platform::Rgba kWhite{255, 255, 255, 255};
+constexpr platform::Rgba kBlack{0, 0, 0, 255};
 
 // True when a pixel has any ink at all.
 inline bool inked(const platform::Rgba& p) {
     return p.a > 0;
+}
+
+// The device colour of an opaque (or |alpha|) test colour.
+inline platform::ColorPtr colorOf(const platform::Rgba& c, double alpha = 1) {
+    return platform::Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
+}
+
+// Fills |rect| of the current context with |c|.
+inline void fill(const platform::Rgba& c, const platform::Rect& rect, double alpha = 1) {
+    colorOf(c, alpha)->setFill();
+    platform::NSRectFill(rect);
+}
+
+// A point and the pixel expected there.
+struct Probe {
+    double x, y;
+    platform::Rgba expected;
+};
+
+// Checks each probe, allowing 2 levels per channel for blending.
+template <typename Probes>
+void expectPixels(const platform::Bitmap& bitmap, const Probes& probes) {
+    for (const Probe& p : probes) {
+        const platform::Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
+        const bool near = std::abs(got.r - want.r) <= 2 && std::abs(got.g - want.g) <= 2 &&
+                          std::abs(got.b - want.b) <= 2 && std::abs(got.a - want.a) <= 2;
+        EXPECT_TRUE(near) << "at (" << p.x << ", " << p.y << "): " << got << ", not " << want;
+    }
+}
+
+// The box of pixels (rows from the top) whose alpha passes |threshold|; empty when none.
+struct InkBox {
+    int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
+    bool empty() const { return right < 0; }
+    double midX() const { return (left + right) / 2.0; }
+    int height() const { return bottom - top + 1; }
+};
+
+inline InkBox inkOf(
+    const platform::Bitmap& bitmap,
+    const std::function<bool(const platform::Rgba&)>& isInk = [](const platform::Rgba& p) {
+        return p.a > 96;
+    }) {
+    InkBox box;
+    for (int y = 0; y < bitmap.pixelHeight(); ++y)
+        for (int x = 0; x < bitmap.pixelWidth(); ++x)
+            if (isInk(bitmap.pixelAt(x, y))) {
+                box.left = std::min(box.left, x);
+                box.right = std::max(box.right, x);
+                box.top = std::min(box.top, y);
+                box.bottom = std::max(box.bottom, y);
+            }
+    return box;
+}
+
+// A view that fills its bounds with one colour.
+class FilledView : public platform::View {
+  public:
+    FilledView(const platform::Rect& frame, platform::Rgba color) : View(frame), color_(color) {}
+    void drawRect(const platform::Rect&) override { fill(color_, bounds()); }
+
+  private:
+    platform::Rgba color_;
+};
+
+inline std::shared_ptr<FilledView> filled(double x,
+                                          double y,
+                                          double w,
+                                          double h,
+                                          platform::Rgba c) {
+    return std::make_shared<FilledView>(platform::NSMakeRect(x, y, w, h), c);
+}
+
+// Gives |view| a layer with an opaque background of |c|.
+inline void setLayerBackground(platform::View& view, const platform::Rgba& c) {
+    view.setWantsLayer(true);
+    view.layer()->setBackgroundColor(colorOf(c)->CGColor());
+}
+
+// Pixel tests run at both backing scales; probes are at pixel centres of both.
+class ScaledTest : public ::testing::TestWithParam<double> {
+  protected:
+    double scale() const { return GetParam(); }
+    // Half a pixel, in points: the centre of the outermost pixel row or column.
+    double half() const { return 0.5 / GetParam(); }
+};
+
+inline std::string scaleName(const ::testing::TestParamInfo<double>& info) {
+    return info.param == 1.0 ? "1x" : "2x";
+}
+
+}  // namespace pixel_test
+
+namespace pixel_test {
+
+inline void expectPixels(const platform::Bitmap& bitmap, std::initializer_list<Probe> probes) {
+    expectPixels<std::initializer_list<Probe>>(bitmap, probes);
 }
 
 }  // namespace pixel_test
