@@ -14,9 +14,9 @@ stub = types.SimpleNamespace
 sys.modules["gi"] = types.ModuleType("gi")
 sys.modules["gi.repository"] = stub(GObject=stub(GObject=type("GObject", (), {})), Nautilus=stub(
     MenuProvider=type("MenuProvider", (), {}), MenuItem=Item))
-spec = importlib.util.spec_from_file_location("extension", sys.argv[1])
-extension = importlib.util.module_from_spec(spec)
-spec.loader.exec_module(extension)
+module_spec = importlib.util.spec_from_file_location("extension", sys.argv[1])
+extension = importlib.util.module_from_spec(module_spec)
+module_spec.loader.exec_module(extension)
 extension.SHARE_COMMAND = ["parley-share", "--action", "fav"]  # nobody clicks here
 provider = extension.ParleyShareMenuProvider()
 # Nautilus before 43 passes the window first.

@@ -2,7 +2,7 @@
 """Seeds one small fault at a time into the sources, rebuilds, runs tests and reports which
 faults no test notices. Each fault is an exact text replacement listed in a JSON file:
   [{"file": "share/X.cpp", "old": "a > b", "new": "a >= b"}, ...]
-Usage: scripts/seed-faults.py FAULTS.json [--preset P] [--binaries a_tests,b_tests]
+Usage: scripts/fault-check.py FAULTS.json [--preset P] [--binaries a_tests,b_tests]
 With --binaries only those test binaries are built and run (each on a private bus), which is
 much faster than the whole ctest suite. Every file is restored after its run."""
 import argparse
