@@ -1,8 +1,8 @@
 #include "tests/platform/core/CoreTestSupport.h"
 
-// An XML property list of string |entries| followed by |raw| ones.
-static std::string plist(const std::vector<std::pair<std::string, std::string>>& entries,
-                         std::string raw = "") {
+// An XML property list of string |entries| and an integer.
+static std::string plist(const std::vector<std::pair<std::string, std::string>>& entries) {
+    std::string raw = "<key>Number</key><integer>7</integer>";
     for (const auto& [key, value] : entries)
         raw += "<key>" + key + "</key><string>" + value + "</string>";
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" + raw +
@@ -14,8 +14,7 @@ static std::string plist(const std::vector<std::pair<std::string, std::string>>&
 static std::string makeBundle(const TempDir& dir, const std::vector<std::string>& languages) {
     fs::create_directories(dir.file("Ext.appex/Contents/MacOS"));
     dir.writeText("Ext.appex/Contents/Info.plist",
-                  plist({{"CFBundleIdentifier", "com.parleyapp.Parley.Share"}},
-                        "<key>Number</key><integer>7</integer>"));
+                  plist({{"CFBundleIdentifier", "com.parleyapp.Parley.Share"}}));
     for (const auto& language : languages) {
         const std::string folder = "Ext.appex/Contents/Resources/" + language + ".lproj";
         fs::create_directories(dir.file(folder));

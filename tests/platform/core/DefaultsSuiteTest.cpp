@@ -74,19 +74,15 @@ TEST(DefaultsSuiteTest, OddSuiteNamesGetFilesOfTheirOwnInsideTheFolder) {
 TEST(DefaultsSuiteTest, ManyThreadsOnSharedAndOwnObjectsLoseNothing) {
     const std::string suite = freshSuite();
     DefaultsSuite shared(suite);
-    std::vector<std::thread> threads;
     for (int t = 0; t < 6; ++t)
-        threads.emplace_back([&, t] {
+        WorkerPool::shared().async([&, t] {
             DefaultsSuite own(suite);
             for (int i = 0; i < 20; ++i) {
                 (i % 2 ? shared : own).setObject(text("v"), std::to_string(t * 20 + i));
-                if (i % 5 == 4) {
-                    EXPECT_TRUE(shared.synchronize() && own.synchronize());
-                }
+                EXPECT_TRUE(i % 5 != 4 || (shared.synchronize() && own.synchronize()));
             }
         });
-    for (auto& thread : threads)
-        thread.join();
+    ASSERT_TRUE(EventLoop::runUntilIdle(30s));
     DefaultsSuite check(suite);
     for (int key = 0; key < 120; ++key)
         EXPECT_EQ(check.objectForKey(std::to_string(key)), text("v")) << key;

@@ -10,7 +10,6 @@ TEST(ItemProviderTest, ProvidersConformAndLoadOffTheMainThread) {
     const std::tuple<std::shared_ptr<ItemProvider>, std::string, bool, std::string> cases[] = {
         {file, kUTTypeFileURL, true, "file:///tmp/a.txt"},
         {file, kUTTypeURL, true, "file:///tmp/a.txt"},
-        {file, "public.plain-text", false, ""},
         {web, kUTTypeURL, true, "https://parley.example/x"},
         {web, kUTTypeFileURL, false, ""},
         {text, "public.plain-text", true, ""},

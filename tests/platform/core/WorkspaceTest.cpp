@@ -15,14 +15,6 @@ static void makeApp(const TempDir& dir, const std::string& executable) {
     ::chmod(dir.writeText("Parley.app/Contents/MacOS/Parley", script).c_str(), 0755);
 }
 
-TEST(WorkspaceTest, ResolvesApplicationsFolder) {
-    ScopedEnv dir("PARLEY_APPLICATIONS_DIR", "/tmp/apps");
-    for (auto [path, resolved] : {std::pair{"/Applications/Parley.app", "/tmp/apps/Parley.app"},
-                                  {"/Applications", "/tmp/apps"},
-                                  {"/ApplicationsX/Parley.app", "/ApplicationsX/Parley.app"}})
-        EXPECT_EQ(Workspace::resolveApplicationPath(path), resolved) << path;
-}
-
 // Only the bundle's own executable is launched, detached; no bundle, no such executable, one
 // outside the bundle, or one that may not be run is a logged failure and nothing runs.
 TEST(WorkspaceTest, LaunchesTheBundleExecutableDetachedOrLogsWhyNot) {
@@ -40,6 +32,8 @@ TEST(WorkspaceTest, LaunchesTheBundleExecutableDetachedOrLogsWhyNot) {
     makeApp(dir, "Parley");
     ASSERT_TRUE(Workspace::sharedWorkspace().launchApplication("/Applications/Parley.app"));
     EXPECT_TRUE(EventLoop::runUntil([&] { return fs::exists(dir.file("marker")); }, 10s));
+    EXPECT_EQ(Workspace::resolveApplicationPath("/Applications"), dir.path());
+    EXPECT_EQ(Workspace::resolveApplicationPath("/ApplicationsX/P.app"), "/ApplicationsX/P.app");
     errno = 0;  // the launched process is not our child: nothing is left to reap
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
