@@ -49,8 +49,8 @@ TEST(BundleTest, FoundFromItsExecutableWithInfoValuesAndResources) {
     dir.writeText("Bad.app/Contents/Info.plist", "<plist><dict><key>unclosed");
     for (const char* name : {"Nothing.app", "Bad.app"}) {
         LogCapture log;
-        EXPECT_EQ(Bundle(dir.file(name)).bundleIdentifier(), "") << name;
-        EXPECT_FALSE(log.lines().empty()) << name;
+        EXPECT_TRUE(Bundle(dir.file(name)).bundleIdentifier().empty() && !log.lines().empty())
+            << name;
     }
 }
 
