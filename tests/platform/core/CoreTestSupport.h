@@ -30,7 +30,6 @@
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
-namespace core_test {
 using testing_support::TempDir;
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -46,6 +45,4 @@ inline std::string contentsOf(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-}  // namespace core_test
-using namespace core_test;
 using namespace platform;
