@@ -1,29 +1,38 @@
 #pragma once
 
-// What the system-service tests share: the headers they all use, and probes of files and logs.
+// What the system-service tests share: the headers they use and probes of files.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
-#include <sstream>
-#include <string>
+#include <iterator>
 #include <thread>
-#include <vector>
 
+#include "platform/core/Bundle.h"
+#include "platform/core/DefaultsSuite.h"
+#include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/EventLoop.h"
+#include "platform/core/ExtensionContext.h"
+#include "platform/core/FileManager.h"
+#include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
+#include "platform/core/PropertyListCodec.h"
+#include "platform/core/PropertyValue.h"
+#include "platform/core/RunningApplication.h"
+#include "platform/core/Url.h"
 #include "platform/core/WorkerPool.h"
+#include "platform/core/Workspace.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
-namespace core_test {
+using testing_support::TempDir;
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 inline mode_t modeOf(const std::string& path) {
     struct stat st {};
@@ -33,17 +42,7 @@ inline mode_t modeOf(const std::string& path) {
 
 inline std::string contentsOf(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    std::stringstream buffer;
-    buffer << in.rdbuf();
-    return buffer.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// True when some captured line contains |part|.
-inline bool logged(const platform::LogCapture& capture, const std::string& part) {
-    for (const auto& line : capture.lines())
-        if (line.find(part) != std::string::npos)
-            return true;
-    return false;
-}
-
-}  // namespace core_test
+using namespace platform;

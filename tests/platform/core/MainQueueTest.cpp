@@ -1,85 +1,49 @@
 #include "tests/platform/core/CoreTestSupport.h"
 
-using platform::EventLoop;
-using platform::MainQueue;
-using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-TEST(MainQueueTest, AsyncFromWorkersRunsInOrderOnTheMainThread) {
+// Tasks from a worker run on the main thread: async ones in order, delayed ones by due time
+// (equal times in order), never early.
+TEST(MainQueueTest, TasksFromWorkersRunInOrderAndByDueTimeOnTheMainThread) {
     std::vector<int> order;  // touched on the main thread only
-    std::atomic<bool> allOnMain{true};
-    std::thread producer([&] {
-        for (int i = 0; i < 200; ++i)
-            MainQueue::async([&, i] {
-                if (!MainQueue::isMainThread())
-                    allOnMain = false;
-                order.push_back(i);
-            });
-    });
-    producer.join();
-    ASSERT_TRUE(EventLoop::runUntilIdle(5s));
-    ASSERT_EQ(order.size(), 200u);
-    for (int i = 0; i < 200; ++i)
-        EXPECT_EQ(order[static_cast<size_t>(i)], i);
-    EXPECT_TRUE(allOnMain);
-}
-
-TEST(MainQueueTest, AfterRunsByDueTimeNeverEarly) {
-    std::string order;
-    std::vector<Clock::duration> late;  // how long after scheduling each ran
-    std::mutex scheduledMutex;
+    std::vector<Clock::duration> late;
     Clock::time_point scheduled;
-    auto record = [&](char name) {
+    auto record = [&](int name) {
         return [&, name] {
-            order += name;
+            order.push_back(MainQueue::isMainThread() ? name : 1000);
             late.push_back(Clock::now() - scheduled);
         };
     };
-    std::thread scheduler([&] {
-        std::lock_guard<std::mutex> lock(scheduledMutex);
+    std::thread([&] {
         scheduled = Clock::now();
-        MainQueue::after(120'000'000, record('A'));
-        MainQueue::after(30'000'000, record('B'));
-        MainQueue::after(30'000'000, record('C'));
-        MainQueue::after(-5, record('D'));
-    });
-    scheduler.join();
+        MainQueue::after(120'000'000, record(-1));
+        MainQueue::after(30'000'000, record(-2));
+        MainQueue::after(30'000'000, record(-3));
+        for (int i = 0; i < 100; ++i)
+            MainQueue::async(record(i));
+    }).join();
     ASSERT_TRUE(EventLoop::runUntilIdle(5s));
-    std::lock_guard<std::mutex> lock(scheduledMutex);
-    ASSERT_EQ(order, "DBCA");
-    EXPECT_GE(late[1], 30ms);
-    EXPECT_GE(late[2], 30ms);
-    EXPECT_GE(late[3], 120ms);
+    ASSERT_EQ(order.size(), 103u);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.begin() + 100) && order[99] == 99);
+    EXPECT_EQ(std::vector<int>(order.begin() + 100, order.end()), std::vector<int>({-2, -3, -1}));
+    EXPECT_TRUE(late[100] >= 30ms && late[101] >= 30ms && late[102] >= 120ms);
 }
 
-TEST(MainQueueTest, PendingWorkCountsQueuedTasksUntilTheyRun) {
-    ASSERT_EQ(EventLoop::pendingWork(), 0);
-    bool ran = false;
-    MainQueue::after(50'000'000, [&] { ran = true; });
-    EXPECT_EQ(EventLoop::pendingWork(), 1);
-    EventLoop::processEvents();
-    EXPECT_FALSE(ran);
-    ASSERT_TRUE(EventLoop::runUntilIdle(5s));
-    EXPECT_TRUE(ran);
-    EXPECT_FALSE(EventLoop::runUntil([] { return false; }, 20ms));
-}
-
-TEST(MainQueueTest, NestedRunsAndTasksPostingTasks) {
+// Pending work counts a delayed task until it runs; a task may post a task and run the loop; only
+// the main thread is the main thread.
+TEST(MainQueueTest, PendingWorkNestedRunsAndMainThreadChecks) {
     int depth = 0;
-    MainQueue::async([&] {
+    MainQueue::after(50'000'000, [&] {
         MainQueue::async([&] { depth = 2; });
         depth = 1;
         EXPECT_TRUE(EventLoop::runUntil([&] { return depth == 2; }, 5s));
     });
+    EventLoop::processEvents();
+    EXPECT_TRUE(EventLoop::pendingWork() == 1 && depth == 0);
     ASSERT_TRUE(EventLoop::runUntilIdle(5s));
     EXPECT_EQ(depth, 2);
-}
-
-TEST(MainQueueTest, MainThreadChecks) {
-    EXPECT_TRUE(MainQueue::isMainThread());
     bool workerIsMain = true;
     std::thread([&] { workerIsMain = MainQueue::isMainThread(); }).join();
-    EXPECT_FALSE(workerIsMain);
-    MainQueue::assertMainThread("MainThreadChecks");  // returns on the main thread
+    EXPECT_TRUE(MainQueue::isMainThread() && !workerIsMain);
     EXPECT_DEATH(std::thread([] { MainQueue::assertMainThread("worker"); }).join(), "");
 }
