@@ -1,19 +1,13 @@
 #pragma once
 
-// What the view toolkit tests share: the headers they all use, offscreen canvases for pixel tests
-// and probes of what they show.
+// What the view toolkit tests share: offscreen canvases, pixel probes, readable geometry in
+// failure messages, and a window that records what reaches the end of its responder chain.
 
 #include <gtest/gtest.h>
 
 #include <QPainter>
-#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <initializer_list>
-#include <memory>
-#include <ostream>
-
-#include <vector>
 
 #include "platform/ui/BezierPath.h"
 #include "platform/ui/Bitmap.h"
@@ -23,14 +17,27 @@
 #include "platform/ui/Layer.h"
 #include "platform/ui/View.h"
 #include "platform/ui/Window.h"
-#include "tests/platform/ui/ViewTestSupport.h"
 
 namespace platform {
 
-inline std::ostream& operator<<(std::ostream& out, const Rgba& p) {
-    return out << "rgba(" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", " << int(p.a)
-               << ")";
+inline void PrintTo(const Rgba& p, std::ostream* out) {
+    *out << "rgba(" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", " << int(p.a) << ")";
 }
+inline void PrintTo(const Point& point, std::ostream* out) {
+    *out << NSStringFromPoint(point);
+}
+inline void PrintTo(const Rect& rect, std::ostream* out) {
+    *out << NSStringFromRect(rect);
+}
+
+class RecordingWindow : public Window {
+  public:
+    using Window::Window;
+    void keyDown(const Event& e) override { keys.push_back(e.keyCode()); }
+    void mouseDown(const Event&) override { ++mouseDowns; }
+    std::vector<uint16_t> keys;
+    int mouseDowns = 0;
+};
 
 }  // namespace platform
 
@@ -55,24 +62,13 @@ inline std::shared_ptr<platform::Bitmap> render(
     return bitmap;
 }
 
-constexpr platform::Rgba kClear{0, 0, 0, 0};
-constexpr platform::Rgba kRed{255, 0, 0, 255};
-constexpr platform::Rgba kGreen{0, 255, 0, 255};
-constexpr platform::Rgba kBlue{0, 0, 255, 255};
-constexpr platform::Rgba kWhite{255, 255, 255, 255};
-constexpr platform::Rgba kBlack{0, 0, 0, 255};
+constexpr platform::Rgba kClear{0, 0, 0, 0}, kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255},
+    kBlue{0, 0, 255, 255}, kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255};
 
-// True when a pixel has any ink at all.
-inline bool inked(const platform::Rgba& p) {
-    return p.a > 0;
-}
-
-// The device colour of an opaque (or |alpha|) test colour.
 inline platform::ColorPtr colorOf(const platform::Rgba& c, double alpha = 1) {
     return platform::Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
 }
 
-// Fills |rect| of the current context with |c|.
 inline void fill(const platform::Rgba& c, const platform::Rect& rect, double alpha = 1) {
     colorOf(c, alpha)->setFill();
     platform::NSRectFill(rect);
@@ -85,17 +81,17 @@ struct Probe {
 };
 
 // Checks each probe, allowing 2 levels per channel for blending.
-template <typename Probes>
-void expectPixels(const platform::Bitmap& bitmap, const Probes& probes) {
+inline void expectPixels(const platform::Bitmap& bitmap, const std::vector<Probe>& probes) {
     for (const Probe& p : probes) {
         const platform::Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
         const bool near = std::abs(got.r - want.r) <= 2 && std::abs(got.g - want.g) <= 2 &&
                           std::abs(got.b - want.b) <= 2 && std::abs(got.a - want.a) <= 2;
-        EXPECT_TRUE(near) << "at (" << p.x << ", " << p.y << "): " << got << ", not " << want;
+        EXPECT_TRUE(near) << "at (" << p.x << ", " << p.y << "): " << ::testing::PrintToString(got)
+                          << ", not " << ::testing::PrintToString(want);
     }
 }
 
-// The box of pixels (rows from the top) whose alpha passes |threshold|; empty when none.
+// The box of pixels (rows from the top) that pass |isInk|; empty when none.
 struct InkBox {
     int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
     bool empty() const { return right < 0; }
@@ -138,30 +134,11 @@ inline std::shared_ptr<FilledView> filled(double x,
     return std::make_shared<FilledView>(platform::NSMakeRect(x, y, w, h), c);
 }
 
-// Gives |view| a layer with an opaque background of |c|.
-inline void setLayerBackground(platform::View& view, const platform::Rgba& c) {
-    view.setWantsLayer(true);
-    view.layer()->setBackgroundColor(colorOf(c)->CGColor());
-}
-
-// Pixel tests run at both backing scales; probes are at pixel centres of both.
+// Pixel tests run at both backing scales; half() is the centre of the outermost pixel, in points.
 class ScaledTest : public ::testing::TestWithParam<double> {
   protected:
     double scale() const { return GetParam(); }
-    // Half a pixel, in points: the centre of the outermost pixel row or column.
     double half() const { return 0.5 / GetParam(); }
 };
-
-inline std::string scaleName(const ::testing::TestParamInfo<double>& info) {
-    return info.param == 1.0 ? "1x" : "2x";
-}
-
-}  // namespace pixel_test
-
-namespace pixel_test {
-
-inline void expectPixels(const platform::Bitmap& bitmap, std::initializer_list<Probe> probes) {
-    expectPixels<std::initializer_list<Probe>>(bitmap, probes);
-}
 
 }  // namespace pixel_test
