@@ -39,12 +39,9 @@ TEST_P(DrawingTest, SaveAndRestoreNestTransformsColoursAndClips) {
         CGContextFillRect(context.CGContext(), NSMakeRect(30, 0, 10, 10));
         fill(kGreen, NSMakeRect(30, 0, 10, 10), 0.5);  // half green over black
     });
-    expectPixels(*bitmap, {{2.5, 2.5, kRed},
-                           {12.5, 2.5, kGreen},
-                           {12.5, 7.5, kClear},
-                           {22.5, 7.5, {0, 255, 0, 128}},
-                           {27.5, 7.5, kClear},
-                           {35, 5, {0, 128, 0, 255}}});
+    expectPixels(*bitmap, {{2.5, 2.5, kRed}, {12.5, 2.5, kGreen}, {12.5, 7.5, kClear}});
+    expectPixels(*bitmap, {{22.5, 7.5, {0, 255, 0, 128}}, {27.5, 7.5, kClear}});
+    expectPixels(*bitmap, {{35, 5, {0, 128, 0, 255}}});
 }
 
 // Rounded rects: radii clamped to half each side; strokes centred on the path, mitred at square
@@ -76,19 +73,16 @@ TEST_P(DrawingTest, RoundedRectsStrokesAndPathClips) {
         fill(kGreen, NSMakeRect(0, 0, 40, 30));
         context.restoreGraphicsState();
     });
-    expectPixels(*strokes, {{h, 15, kRed},
-                            {1 + h, 15, kClear},
-                            {h, h, kClear},
-                            {10 + h, 15, kBlue},
-                            {12 + h, 15, kClear},
-                            {10 + h, 10 + h, kBlue},
-                            {20, 15, kGreen}});
+    expectPixels(*strokes, {{h, 15, kRed}, {1 + h, 15, kClear}, {h, h, kClear}});
+    expectPixels(*strokes, {{10 + h, 15, kBlue}, {12 + h, 15, kClear}, {10 + h, 10 + h, kBlue}});
+    expectPixels(*strokes, {{20, 15, kGreen}});
     EXPECT_LT(strokes->pixelAtPoint(14 + h, 12 + h).a, 64);  // the clip's rounded corner
 }
 
 // Aspect fill covers and crops (inside a rounded mask too), aspect fit fits, resize stretches,
 // centre keeps the natural size.
 TEST_P(DrawingTest, LayerContentsFollowGravity) {
+    using G = Layer::Gravity;
     Layer layer;
     layer.setContents(imageOf({20, 10}, [] {
         fill(kRed, NSMakeRect(0, 0, 10, 10));
@@ -96,20 +90,18 @@ TEST_P(DrawingTest, LayerContentsFollowGravity) {
     }));
     auto check = [&](Layer::Gravity gravity, const std::vector<Probe>& probes) {
         layer.setContentsGravity(gravity);
-        expectPixels(*render(30, 30, scale(),
-                             [&](GraphicsContext& context) {
-                                 layer.drawInContext(context, NSMakeRect(10, 10, 10, 10));
-                             }),
-                     probes);
+        auto drawn = render(30, 30, scale(), [&](GraphicsContext& context) {
+            layer.drawInContext(context, NSMakeRect(10, 10, 10, 10));
+        });
+        expectPixels(*drawn, probes);
     };
-    check(Layer::Gravity::ResizeAspectFill,
-          {{12.5, 11.5, kRed}, {17.5, 15, kBlue}, {7.5, 15, kClear}});
-    check(Layer::Gravity::ResizeAspect, {{12.5, 15, kRed}, {12.5, 11.5, kClear}});
-    check(Layer::Gravity::Resize, {{12.5, 11, kRed}, {17.5, 19, kBlue}});
-    check(Layer::Gravity::Center, {{7.5, 15, kRed}, {22.5, 15, kBlue}});
+    check(G::ResizeAspectFill, {{12.5, 11.5, kRed}, {17.5, 15, kBlue}, {7.5, 15, kClear}});
+    check(G::ResizeAspect, {{12.5, 15, kRed}, {12.5, 11.5, kClear}});
+    check(G::Resize, {{12.5, 11, kRed}, {17.5, 19, kBlue}});
+    check(G::Center, {{7.5, 15, kRed}, {22.5, 15, kBlue}});
     layer.setCornerRadius(4);
     layer.setMasksToBounds(true);
-    check(Layer::Gravity::ResizeAspectFill, {{12.5, 15, kRed}, {10 + half(), 10 + half(), kClear}});
+    check(G::ResizeAspectFill, {{12.5, 15, kRed}, {10 + half(), 10 + half(), kClear}});
 }
 
 // Masks keep their alpha, intersect, apply to paths and alpha alike, and end at restore.
@@ -130,12 +122,9 @@ TEST_P(DrawingTest, ClipToMaskKeepsTheMasksAlpha) {
         context.restoreGraphicsState();
         fill(kGreen, NSMakeRect(35, 0, 5, 10));  // the mask is gone after restore
     });
-    expectPixels(*bitmap, {{5, 5, kClear},
-                           {11, 5, kClear},
-                           {13.5, 7.5, kBlue},
-                           {17.5, 5, {0, 0, 255, 128}},
-                           {13.5, 2.5, {0, 128, 127, 255}},
-                           {37.5, 5, kGreen}});
+    expectPixels(*bitmap, {{5, 5, kClear}, {11, 5, kClear}, {13.5, 7.5, kBlue}});
+    expectPixels(*bitmap, {{17.5, 5, {0, 0, 255, 128}}, {13.5, 2.5, {0, 128, 127, 255}}});
+    expectPixels(*bitmap, {{37.5, 5, kGreen}});
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, DrawingTest, ::testing::Values(1.0, 2.0));

@@ -1,17 +1,18 @@
+#include <sys/stat.h>
+
 #include <QImage>
 
+#include "platform/core/Log.h"
 #include "tests/platform/ui/PixelTestSupport.h"
 #include "tests/support/TempDir.h"
 
 using namespace platform;
 using namespace pixel_test;
+using testing_support::TempDir;
 
 namespace {
 
-std::string writeSolidPng(const testing_support::TempDir& dir,
-                          const std::string& name,
-                          int side,
-                          QColor colour) {
+std::string writeSolidPng(const TempDir& dir, const std::string& name, int side, QColor colour) {
     QImage image(side, side, QImage::Format_ARGB32);
     image.fill(colour);
     std::string path = dir.file(name);
@@ -24,7 +25,7 @@ std::string writeSolidPng(const testing_support::TempDir& dir,
 // An SVG has its point size and draws upright, sharply at twice the scale: the half-point green
 // stripe at x = 4.5..5 is exactly pixel column 9 at 2x.
 TEST(ImageTest, SvgIsRenderedSharplyAtTwiceTheScale) {
-    testing_support::TempDir dir;
+    TempDir dir;
     auto image = Image::imageWithContentsOfFile(dir.writeText("striped.svg", R"(
 <svg xmlns="http://www.w3.org/2000/svg" width="10" height="10" viewBox="0 0 10 10">
   <rect x="0" y="0" width="10" height="5" fill="#ff0000"/>
@@ -43,7 +44,7 @@ TEST(ImageTest, SvgIsRenderedSharplyAtTwiceTheScale) {
 }
 
 TEST(ImageTest, RasterPicksItsDoubleSizeVariantAtScaleTwo) {
-    testing_support::TempDir dir;
+    TempDir dir;
     std::string path = writeSolidPng(dir, "icon.png", 4, Qt::red);
     writeSolidPng(dir, "icon@2x.png", 8, Qt::blue);
     auto image = Image::imageWithContentsOfFile(path);
@@ -91,7 +92,7 @@ TEST(ImageTest, BitmapImagesAndPngRoundTrip) {
         NSRectFill(NSMakeRect(0, 0, 3, 4));
     });
     expectPixels(*source, {{0.25, 3.75, {255, 128, 0, 128}}});
-    testing_support::TempDir dir;
+    TempDir dir;
     ASSERT_TRUE(source->writePNG(dir.file("out.png")));
     auto read = Bitmap::readPNG(dir.file("out.png"));
     ASSERT_TRUE(read);
@@ -106,4 +107,29 @@ TEST(ImageTest, BitmapImagesAndPngRoundTrip) {
     EXPECT_EQ(kClear, copy->pixelAt(6, 3));
     EXPECT_FALSE(Bitmap::readPNG(dir.file("none.png")));
     EXPECT_FALSE(source->writePNG(dir.file("no/such/dir/out.png")));
+}
+
+// A photo decoded for a small view keeps only the pixels the view can show but its own size; what
+// is not a picture (nor a directory) gives no image and a log line, without blocking.
+TEST(ImageCoveringDecode, KeepsTheOwnSizeButOnlyThePixelsTheViewShows) {
+    TempDir dir;
+    QImage photo(1200, 900, QImage::Format_RGB32);
+    photo.fill(Qt::darkCyan);
+    ASSERT_TRUE(photo.save(QString::fromStdString(dir.file("photo.jpg")), "JPEG"));
+    const auto image = Image::imageWithContentsOfFile(dir.file("photo.jpg"), {60, 60}, 2);
+    ASSERT_TRUE(image);
+    EXPECT_EQ((Size{1200, 900}), image->size());
+    EXPECT_EQ((Size{160, 120}), image->rasterPixelSize());
+
+    dir.writeText("corrupt.jpg", std::string("\xFF\xD8\xFF\xE0 not really", 15));
+    dir.writeText("empty.jpg", "");
+    dir.writeText("junk.svg", "<svg><unclosed");
+    ASSERT_EQ(0, mkfifo(dir.file("fifo.jpg").c_str(), 0600));  // would block a plain open
+    for (const char* name :
+         {"corrupt.jpg", "empty.jpg", "fifo.jpg", "missing.jpg", "junk.svg", ""}) {
+        EXPECT_FALSE(Image::imageWithContentsOfFile(dir.file(name), {60, 60}, 2)) << name;
+        LogCapture log;
+        EXPECT_FALSE(Image::imageWithContentsOfFile(dir.file(name))) << name;
+        EXPECT_EQ(1u, log.lines().size()) << name;
+    }
 }

@@ -39,9 +39,9 @@ TEST(ImageViewTest, ImageRectByScalingAndDrawing) {
     // Drawn where imageRect says: 20 x 10 centred in 60 x 40.
     view.setImage(redImage({20, 10}));
     view.setImageScaling(ImageScaling::ProportionallyDown);
-    pixel_test::expectPixels(*Bitmap::renderView(view, 2), {{20.25, 15.25, pixel_test::kRed},
-                                                            {19.75, 20, pixel_test::kClear},
-                                                            {30, 25.25, pixel_test::kClear}});
+    pixel_test::expectPixels(*Bitmap::renderView(view, 2), {{20.25, 15.25, pixel_test::kRed}});
+    pixel_test::expectPixels(*Bitmap::renderView(view, 2), {{19.75, 20, pixel_test::kClear}});
+    pixel_test::expectPixels(*Bitmap::renderView(view, 2), {{30, 25.25, pixel_test::kClear}});
 }
 
 // The action goes to a target that answers it, with the view as sender; the target is weak. A

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -43,50 +44,48 @@ class RecordingWindow : public Window {
 
 namespace pixel_test {
 
+using namespace platform;
+
 // Runs |draw| with a current context over a transparent canvas of |width| x |height| points at
 // |scale|, and returns the pixels.
-inline std::shared_ptr<platform::Bitmap> render(
-    double width,
-    double height,
-    double scale,
-    const std::function<void(platform::GraphicsContext&)>& draw) {
-    auto bitmap = std::make_shared<platform::Bitmap>(int(std::ceil(width * scale)),
-                                                     int(std::ceil(height * scale)), scale);
+inline std::shared_ptr<Bitmap> render(double width,
+                                      double height,
+                                      double scale,
+                                      const std::function<void(GraphicsContext&)>& draw) {
+    auto bitmap = std::make_shared<Bitmap>(int(std::ceil(width * scale)),
+                                           int(std::ceil(height * scale)), scale);
     QPainter painter(&bitmap->qimage());
-    {
-        platform::GraphicsContext context(&painter, height, scale);
-        platform::GraphicsContext::Current current(&context);
-        draw(context);
-    }
-    painter.end();
+    GraphicsContext context(&painter, height, scale);
+    GraphicsContext::Current current(&context);
+    draw(context);
     return bitmap;
 }
 
-constexpr platform::Rgba kClear{0, 0, 0, 0}, kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255},
+constexpr Rgba kClear{0, 0, 0, 0}, kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255},
     kBlue{0, 0, 255, 255}, kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255};
 
-inline platform::ColorPtr colorOf(const platform::Rgba& c, double alpha = 1) {
-    return platform::Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
+inline ColorPtr colorOf(const Rgba& c, double alpha = 1) {
+    return Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
 }
 
-inline void fill(const platform::Rgba& c, const platform::Rect& rect, double alpha = 1) {
+inline void fill(const Rgba& c, const Rect& rect, double alpha = 1) {
     colorOf(c, alpha)->setFill();
-    platform::NSRectFill(rect);
+    NSRectFill(rect);
 }
 
 // A point and the pixel expected there.
 struct Probe {
     double x, y;
-    platform::Rgba expected;
+    Rgba expected;
 };
 
 // Checks each probe, allowing 2 levels per channel for blending.
-inline void expectPixels(const platform::Bitmap& bitmap, const std::vector<Probe>& probes) {
+inline void expectPixels(const Bitmap& bitmap, const std::vector<Probe>& probes) {
     for (const Probe& p : probes) {
-        const platform::Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
-        const bool near = std::abs(got.r - want.r) <= 2 && std::abs(got.g - want.g) <= 2 &&
-                          std::abs(got.b - want.b) <= 2 && std::abs(got.a - want.a) <= 2;
-        EXPECT_TRUE(near) << "at (" << p.x << ", " << p.y << "): " << ::testing::PrintToString(got)
+        const Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
+        const int off = std::max({std::abs(got.r - want.r), std::abs(got.g - want.g),
+                                  std::abs(got.b - want.b), std::abs(got.a - want.a)});
+        EXPECT_LE(off, 2) << "at (" << p.x << ", " << p.y << "): " << ::testing::PrintToString(got)
                           << ", not " << ::testing::PrintToString(want);
     }
 }
@@ -100,10 +99,8 @@ struct InkBox {
 };
 
 inline InkBox inkOf(
-    const platform::Bitmap& bitmap,
-    const std::function<bool(const platform::Rgba&)>& isInk = [](const platform::Rgba& p) {
-        return p.a > 96;
-    }) {
+    const Bitmap& bitmap,
+    const std::function<bool(const Rgba&)>& isInk = [](const Rgba& p) { return p.a > 96; }) {
     InkBox box;
     for (int y = 0; y < bitmap.pixelHeight(); ++y)
         for (int x = 0; x < bitmap.pixelWidth(); ++x)
@@ -117,21 +114,17 @@ inline InkBox inkOf(
 }
 
 // A view that fills its bounds with one colour.
-class FilledView : public platform::View {
+class FilledView : public View {
   public:
-    FilledView(const platform::Rect& frame, platform::Rgba color) : View(frame), color_(color) {}
-    void drawRect(const platform::Rect&) override { fill(color_, bounds()); }
+    FilledView(const Rect& frame, Rgba color) : View(frame), color_(color) {}
+    void drawRect(const Rect&) override { fill(color_, bounds()); }
 
   private:
-    platform::Rgba color_;
+    Rgba color_;
 };
 
-inline std::shared_ptr<FilledView> filled(double x,
-                                          double y,
-                                          double w,
-                                          double h,
-                                          platform::Rgba c) {
-    return std::make_shared<FilledView>(platform::NSMakeRect(x, y, w, h), c);
+inline std::shared_ptr<FilledView> filled(double x, double y, double w, double h, Rgba c) {
+    return std::make_shared<FilledView>(NSMakeRect(x, y, w, h), c);
 }
 
 // Pixel tests run at both backing scales; half() is the centre of the outermost pixel, in points.

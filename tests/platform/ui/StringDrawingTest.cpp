@@ -12,7 +12,6 @@ namespace {
 
 constexpr unsigned kFragmentAndLeading =
     NSStringDrawingUsesLineFragmentOrigin | NSStringDrawingUsesFontLeading;
-const Size kUnlimited{DBL_MAX, DBL_MAX};
 const TextAttributes kAttributes{Font::systemFontOfSize(13), nullptr};
 
 double lineHeight(bool withLeading) {
@@ -20,21 +19,14 @@ double lineHeight(bool withLeading) {
     return font.ascender() - font.descender() + (withLeading ? font.leading() : 0);
 }
 
-Rect bounding(const std::string& text,
-              double width = DBL_MAX,
-              unsigned options = kFragmentAndLeading) {
-    return boundingRectWithSize(text, {width, DBL_MAX}, options, kAttributes);
+Rect bounding(const std::string& s, double w = DBL_MAX, unsigned options = kFragmentAndLeading) {
+    return boundingRectWithSize(s, {w, DBL_MAX}, options, kAttributes);
 }
 
-// The ink of |text| drawn into |rect| of a 100 x 40 canvas at |scale|.
-InkBox drawn(const std::string& text,
-             Rect rect,
-             int alignment,
-             int mode,
-             double size = 12,
-             double scale = 1) {
+// The ink of |text| drawn into |rect| of a 100 x 40 canvas.
+InkBox drawn(const std::string& text, Rect rect, int alignment, int mode, double size = 12) {
     TextAttributes attributes{Font::systemFontOfSize(size), Color::blackColor()};
-    return inkOf(*pixel_test::render(100, 40, scale, [&](GraphicsContext&) {
+    return inkOf(*pixel_test::render(100, 40, 1, [&](GraphicsContext&) {
         drawStringInRect(text, rect, attributes, alignment, mode);
     }));
 }

@@ -60,7 +60,6 @@ class TextViewTest : public ::testing::Test {
 // words wrap at the width less the padding, and again when the view narrows.
 TEST(TextViewLayoutTest, DefaultsAndUsedRect) {
     TextView view(NSMakeRect(0, 0, 100, 20));
-    EXPECT_EQ(12.0, view.font()->pointSize());
     view.setSelectable(false);
     EXPECT_FALSE(view.isEditable() || view.acceptsFirstResponder());
     view.setEditable(true);
@@ -119,24 +118,9 @@ TEST_F(TextViewTest, TypingDeletingAndMovingTheCaret) {
     EXPECT_EQ(2u, window.keys.size());
 }
 
-TEST_F(TextViewTest, SelectionIsReplacedAndExtendedWithShift) {
-    text->setString("hello world");
-    text->setSelectedRange({0, 5});
-    type("J");
-    EXPECT_EQ("J world", text->string());
-    key(kVK_RightArrow, {}, NSEventModifierFlagShift);
-    key(kVK_RightArrow, {}, NSEventModifierFlagShift);
-    EXPECT_EQ((Selection{1, 2}), selection());
-    key(kVK_LeftArrow);  // collapses to the selection's start
-    EXPECT_EQ((Selection{1, 0}), selection());
-    text->setSelectedRange({0, 99});
-    key(kVK_Delete);
-    EXPECT_EQ("", text->string());
-}
-
 // Clicks place the caret, drags select, double clicks a word, triple clicks the line; a view that
 // is not selectable passes the mouse on.
-TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
+TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
     text->setString("hello world");
     click(EventType::LeftMouseDown, 0);
     click(EventType::LeftMouseDragged, 190);
@@ -152,6 +136,21 @@ TEST_F(TextViewTest, ClicksPlaceTheCaretAndDragsSelect) {
     click(EventType::LeftMouseDown, 0);
     EXPECT_EQ((Selection{0, 11}), selection());
     EXPECT_EQ(1, window.mouseDowns);
+
+    // A selection is replaced by typing, extended with shift, collapsed by an arrow.
+    text->setEditable(true);
+    ASSERT_TRUE(window.makeFirstResponder(text.get()));
+    text->setSelectedRange({0, 5});
+    type("J");
+    EXPECT_EQ("J world", text->string());
+    key(kVK_RightArrow, {}, NSEventModifierFlagShift);
+    key(kVK_RightArrow, {}, NSEventModifierFlagShift);
+    EXPECT_EQ((Selection{1, 2}), selection());
+    key(kVK_LeftArrow);  // collapses to the selection's start
+    EXPECT_EQ((Selection{1, 0}), selection());
+    text->setSelectedRange({0, 99});
+    key(kVK_Delete);
+    EXPECT_EQ("", text->string());
 }
 
 // The background, then the text from the top after the padding; the selection shows only while the
