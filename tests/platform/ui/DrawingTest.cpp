@@ -64,7 +64,7 @@ TEST_P(DrawingTest, RoundedRectsStrokesAndPathClips) {
     auto strokes = render(40, 30, scale(), [](GraphicsContext& context) {
         colorOf(kRed)->set();
         BezierPath::bezierPathWithRoundedRect(NSMakeRect(0.5, 0.5, 39, 29), 6, 6)->stroke();
-        colorOf(kBlue)->set();
+        colorOf(kBlue)->setStroke();
         auto path = BezierPath::bezierPathWithRect(NSMakeRect(11, 11, 18, 8));
         path->setLineWidth(2);
         path->stroke();
