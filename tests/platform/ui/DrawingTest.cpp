@@ -54,12 +54,6 @@ TEST_P(DrawingTest, RoundedRectsStrokesAndPathClips) {
     });
     expectPixels(*rounded,
                  {{h, 15, kRed}, {4.5, 4.5, kRed}, {h, h, kClear}, {40 - h, 30 - h, kClear}});
-    auto ellipse = render(40, 20, scale(), [](GraphicsContext&) {
-        colorOf(kBlue)->set();
-        BezierPath::bezierPathWithRoundedRect(NSMakeRect(0, 0, 40, 20), 100, 100)->fill();
-    });
-    // Radii 20 and 10: an ellipse (a capsule would cover (6, 18)).
-    expectPixels(*ellipse, {{2, 10, kBlue}, {2, 2, kClear}, {6, 18, kClear}});
 
     auto strokes = render(40, 30, scale(), [](GraphicsContext& context) {
         colorOf(kRed)->set();

@@ -5,7 +5,7 @@
 #include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
-using pixel_test::inkOf;
+using namespace pixel_test;
 
 namespace {
 
@@ -19,9 +19,7 @@ std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
 }
 
 QImage drawnTitle(double width, bool tightens) {
-    auto field = std::make_shared<TextField>(NSMakeRect(0, 0, width, 20));
-    field->setBordered(false);
-    field->setStringValue("Abbrechen");
+    auto field = label(NSMakeRect(0, 0, width, 20), "Abbrechen");
     field->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     field->setAllowsDefaultTighteningForTruncation(tightens);
     return Bitmap::renderView(*field, 2)->qimage();
@@ -34,12 +32,11 @@ QImage drawnTitle(double width, bool tightens) {
 TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
     auto field = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
     EXPECT_TRUE(field->font()->pointSize() == 13 && *field->textColor() == *Color::blackColor());
-    pixel_test::expectPixels(*Bitmap::renderView(*field, 1),
-                             {{20, 10, pixel_test::kWhite}, {0.5, 10, {153, 153, 153, 255}}});
+    expectPixels(*Bitmap::renderView(*field, 1),
+                 {{20, 10, kWhite}, {0.5, 10, {153, 153, 153, 255}}});
     field->setBordered(false);
     field->setDrawsBackground(false);
-    pixel_test::expectPixels(*Bitmap::renderView(*field, 1),
-                             {{20, 10, pixel_test::kClear}, {0.5, 10, pixel_test::kClear}});
+    expectPixels(*Bitmap::renderView(*field, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
 }
 
 // Text sits at the top after the cell's inset, aligned as asked, truncated inside the field; a
@@ -64,7 +61,7 @@ TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
 // the title; one far too narrow still truncates, as does every label that does not allow it.
 TEST(TextFieldTighteningTest, OnlyATitleALittleTooWideTightens) {
     const double natural =
-        boundingRectWithSize("Abbrechen", {1e6, 1e6}, 3, {Font::systemFontOfSize(13), nullptr})
+        boundingRectWithSize("Abbrechen", {1e6, 1e6}, 3, {Font::systemFontOfSize(12), nullptr})
             .size.width;
     for (auto [tooWide, tightens] : {std::pair{1.05, true}, {1.10, false}}) {
         const double width = natural / tooWide + 4;  // the cell keeps 2 points each side
