@@ -1,7 +1,7 @@
 #pragma once
 
-// What the view toolkit tests share: the headers they all use, offscreen canvases for pixel tests
-// and probes of what they show.
+// What the view toolkit tests share: offscreen canvases, pixel probes, readable geometry in
+// failure messages, and a window that records what reaches the end of its responder chain.
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <initializer_list>
-#include <memory>
-#include <ostream>
-
-#include <vector>
 
 #include "platform/ui/BezierPath.h"
 #include "platform/ui/Bitmap.h"
@@ -23,79 +18,79 @@
 #include "platform/ui/Layer.h"
 #include "platform/ui/View.h"
 #include "platform/ui/Window.h"
-#include "tests/platform/ui/ViewTestSupport.h"
 
 namespace platform {
 
-inline std::ostream& operator<<(std::ostream& out, const Rgba& p) {
-    return out << "rgba(" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", " << int(p.a)
-               << ")";
+inline void PrintTo(const Rgba& p, std::ostream* out) {
+    *out << "rgba(" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", " << int(p.a) << ")";
 }
+inline void PrintTo(const Point& point, std::ostream* out) {
+    *out << NSStringFromPoint(point);
+}
+inline void PrintTo(const Rect& rect, std::ostream* out) {
+    *out << NSStringFromRect(rect);
+}
+
+class RecordingWindow : public Window {
+  public:
+    using Window::Window;
+    void keyDown(const Event& e) override { keys.push_back(e.keyCode()); }
+    void mouseDown(const Event&) override { ++mouseDowns; }
+    std::vector<uint16_t> keys;
+    int mouseDowns = 0;
+};
 
 }  // namespace platform
 
 namespace pixel_test {
 
+using namespace platform;
+
 // Runs |draw| with a current context over a transparent canvas of |width| x |height| points at
 // |scale|, and returns the pixels.
-inline std::shared_ptr<platform::Bitmap> render(
-    double width,
-    double height,
-    double scale,
-    const std::function<void(platform::GraphicsContext&)>& draw) {
-    auto bitmap = std::make_shared<platform::Bitmap>(int(std::ceil(width * scale)),
-                                                     int(std::ceil(height * scale)), scale);
+inline std::shared_ptr<Bitmap> render(double width,
+                                      double height,
+                                      double scale,
+                                      const std::function<void(GraphicsContext&)>& draw) {
+    auto bitmap = std::make_shared<Bitmap>(int(std::ceil(width * scale)),
+                                           int(std::ceil(height * scale)), scale);
     QPainter painter(&bitmap->qimage());
-    {
-        platform::GraphicsContext context(&painter, height, scale);
-        platform::GraphicsContext::Current current(&context);
-        draw(context);
-    }
-    painter.end();
+    GraphicsContext context(&painter, height, scale);
+    GraphicsContext::Current current(&context);
+    draw(context);
     return bitmap;
 }
 
-constexpr platform::Rgba kClear{0, 0, 0, 0};
-constexpr platform::Rgba kRed{255, 0, 0, 255};
-constexpr platform::Rgba kGreen{0, 255, 0, 255};
-constexpr platform::Rgba kBlue{0, 0, 255, 255};
-constexpr platform::Rgba kWhite{255, 255, 255, 255};
-constexpr platform::Rgba kBlack{0, 0, 0, 255};
+constexpr Rgba kClear{0, 0, 0, 0}, kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255},
+    kBlue{0, 0, 255, 255}, kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255};
 
-// True when a pixel has any ink at all.
-inline bool inked(const platform::Rgba& p) {
-    return p.a > 0;
+inline ColorPtr colorOf(const Rgba& c, double alpha = 1) {
+    return Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
 }
 
-// The device colour of an opaque (or |alpha|) test colour.
-inline platform::ColorPtr colorOf(const platform::Rgba& c, double alpha = 1) {
-    return platform::Color::colorWithDeviceRed(c.r / 255.0, c.g / 255.0, c.b / 255.0, alpha);
-}
-
-// Fills |rect| of the current context with |c|.
-inline void fill(const platform::Rgba& c, const platform::Rect& rect, double alpha = 1) {
+inline void fill(const Rgba& c, const Rect& rect, double alpha = 1) {
     colorOf(c, alpha)->setFill();
-    platform::NSRectFill(rect);
+    NSRectFill(rect);
 }
 
 // A point and the pixel expected there.
 struct Probe {
     double x, y;
-    platform::Rgba expected;
+    Rgba expected;
 };
 
 // Checks each probe, allowing 2 levels per channel for blending.
-template <typename Probes>
-void expectPixels(const platform::Bitmap& bitmap, const Probes& probes) {
+inline void expectPixels(const Bitmap& bitmap, const std::vector<Probe>& probes) {
     for (const Probe& p : probes) {
-        const platform::Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
-        const bool near = std::abs(got.r - want.r) <= 2 && std::abs(got.g - want.g) <= 2 &&
-                          std::abs(got.b - want.b) <= 2 && std::abs(got.a - want.a) <= 2;
-        EXPECT_TRUE(near) << "at (" << p.x << ", " << p.y << "): " << got << ", not " << want;
+        const Rgba got = bitmap.pixelAtPoint(p.x, p.y), want = p.expected;
+        const int off = std::max({std::abs(got.r - want.r), std::abs(got.g - want.g),
+                                  std::abs(got.b - want.b), std::abs(got.a - want.a)});
+        EXPECT_LE(off, 2) << "at (" << p.x << ", " << p.y << "): " << ::testing::PrintToString(got)
+                          << ", not " << ::testing::PrintToString(want);
     }
 }
 
-// The box of pixels (rows from the top) whose alpha passes |threshold|; empty when none.
+// The box of pixels (rows from the top) that pass |isInk|; empty when none.
 struct InkBox {
     int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
     bool empty() const { return right < 0; }
@@ -104,10 +99,8 @@ struct InkBox {
 };
 
 inline InkBox inkOf(
-    const platform::Bitmap& bitmap,
-    const std::function<bool(const platform::Rgba&)>& isInk = [](const platform::Rgba& p) {
-        return p.a > 96;
-    }) {
+    const Bitmap& bitmap,
+    const std::function<bool(const Rgba&)>& isInk = [](const Rgba& p) { return p.a > 96; }) {
     InkBox box;
     for (int y = 0; y < bitmap.pixelHeight(); ++y)
         for (int x = 0; x < bitmap.pixelWidth(); ++x)
@@ -121,47 +114,24 @@ inline InkBox inkOf(
 }
 
 // A view that fills its bounds with one colour.
-class FilledView : public platform::View {
+class FilledView : public View {
   public:
-    FilledView(const platform::Rect& frame, platform::Rgba color) : View(frame), color_(color) {}
-    void drawRect(const platform::Rect&) override { fill(color_, bounds()); }
+    FilledView(const Rect& frame, Rgba color) : View(frame), color_(color) {}
+    void drawRect(const Rect&) override { fill(color_, bounds()); }
 
   private:
-    platform::Rgba color_;
+    Rgba color_;
 };
 
-inline std::shared_ptr<FilledView> filled(double x,
-                                          double y,
-                                          double w,
-                                          double h,
-                                          platform::Rgba c) {
-    return std::make_shared<FilledView>(platform::NSMakeRect(x, y, w, h), c);
+inline std::shared_ptr<FilledView> filled(double x, double y, double w, double h, Rgba c) {
+    return std::make_shared<FilledView>(NSMakeRect(x, y, w, h), c);
 }
 
-// Gives |view| a layer with an opaque background of |c|.
-inline void setLayerBackground(platform::View& view, const platform::Rgba& c) {
-    view.setWantsLayer(true);
-    view.layer()->setBackgroundColor(colorOf(c)->CGColor());
-}
-
-// Pixel tests run at both backing scales; probes are at pixel centres of both.
+// Pixel tests run at both backing scales; half() is the centre of the outermost pixel, in points.
 class ScaledTest : public ::testing::TestWithParam<double> {
   protected:
     double scale() const { return GetParam(); }
-    // Half a pixel, in points: the centre of the outermost pixel row or column.
     double half() const { return 0.5 / GetParam(); }
 };
-
-inline std::string scaleName(const ::testing::TestParamInfo<double>& info) {
-    return info.param == 1.0 ? "1x" : "2x";
-}
-
-}  // namespace pixel_test
-
-namespace pixel_test {
-
-inline void expectPixels(const platform::Bitmap& bitmap, std::initializer_list<Probe> probes) {
-    expectPixels<std::initializer_list<Probe>>(bitmap, probes);
-}
 
 }  // namespace pixel_test

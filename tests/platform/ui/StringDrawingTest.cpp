@@ -1,8 +1,8 @@
-#include "tests/platform/ui/PixelTestSupport.h"
+#include "platform/ui/StringDrawing.h"
 
 #include <cfloat>
 
-#include "platform/ui/StringDrawing.h"
+#include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
 using pixel_test::InkBox;
@@ -12,107 +12,88 @@ namespace {
 
 constexpr unsigned kFragmentAndLeading =
     NSStringDrawingUsesLineFragmentOrigin | NSStringDrawingUsesFontLeading;
-const Size kUnlimited{DBL_MAX, DBL_MAX};
+const TextAttributes kAttributes{Font::systemFontOfSize(13), nullptr};
 
-TextAttributes attributesOfSize(double size) {
-    return {Font::systemFontOfSize(size), nullptr};
+double lineHeight(bool withLeading) {
+    const Font& font = *kAttributes.font;
+    return font.ascender() - font.descender() + (withLeading ? font.leading() : 0);
 }
 
-double lineHeight(const Font& font, bool withLeading) {
-    return font.ascender() - font.descender() + (withLeading ? font.leading() : 0);
+Rect bounding(const std::string& s, double w = DBL_MAX, unsigned options = kFragmentAndLeading) {
+    return boundingRectWithSize(s, {w, DBL_MAX}, options, kAttributes);
+}
+
+// The ink of |text| drawn into |rect| of a 100 x 40 canvas.
+InkBox drawn(const std::string& text, Rect rect, int alignment, int mode, double size = 12) {
+    TextAttributes attributes{Font::systemFontOfSize(size), Color::blackColor()};
+    return inkOf(*pixel_test::render(100, 40, 1, [&](GraphicsContext&) {
+        drawStringInRect(text, rect, attributes, alignment, mode);
+    }));
 }
 
 }  // namespace
 
-TEST(StringDrawingTest, SystemFontIsDejaVuWithPlausibleMetrics) {
+// Metrics are in points whatever the screen's resolution: about 1.16 em for this face.
+TEST(StringDrawingTest, SystemFontIsLiberationSansWithPlausibleMetrics) {
     auto font = Font::systemFontOfSize(20);
     EXPECT_EQ("Liberation Sans", font->familyName());
-    EXPECT_LT(font->descender(), 0);
-    EXPECT_GE(font->leading(), 0);
-    // Metrics are in points whatever the screen's resolution: about 1.16 em for this face.
     EXPECT_GT(font->ascender() - font->descender(), 20);
     EXPECT_LT(font->ascender() - font->descender(), 26);
     EXPECT_NEAR(2 * Font::systemFontOfSize(10)->ascender(), font->ascender(), 1.0 / 32);
 }
 
-// A line is as high as the font with or without leading; its width is the natural advance. Without
-// the line fragment origin the rectangle hangs from the baseline.
-TEST(StringDrawingTest, OneLineIsOneLineHighWithOrWithoutLeading) {
-    auto attributes = attributesOfSize(13);
-    const Font& font = *attributes.font;
-    EXPECT_EQ(NSZeroRect, boundingRectWithSize("", kUnlimited, kFragmentAndLeading, attributes));
-    EXPECT_EQ(Size(), usedSizeForText("", 100, attributes));
-    Rect both = boundingRectWithSize("Cancel", kUnlimited, kFragmentAndLeading, attributes);
-    Rect fragmentOnly = boundingRectWithSize("Cancel", kUnlimited,
-                                             NSStringDrawingUsesLineFragmentOrigin, attributes);
-    Rect baseline = boundingRectWithSize("Cancel", kUnlimited, 0, attributes);
+// A line is as high as the font with or without leading, as wide as its natural advance (not
+// rounded); without the line fragment origin it hangs from the baseline. Narrow widths wrap at
+// words; newlines start lines.
+TEST(StringDrawingTest, BoundingRectsOfLinesAndWraps) {
+    EXPECT_EQ(NSZeroRect, bounding(""));
+    const Rect both = bounding("Cancel");
     EXPECT_EQ(Point(), both.origin);
-    EXPECT_DOUBLE_EQ(lineHeight(font, true), both.size.height);
-    EXPECT_DOUBLE_EQ(lineHeight(font, false), fragmentOnly.size.height);
-    EXPECT_DOUBLE_EQ(font.descender(), baseline.origin.y);
-    EXPECT_EQ(both.size.width, baseline.size.width);
-    EXPECT_GT(both.size.width, 30);
-    EXPECT_LT(both.size.width, 60);
-    EXPECT_NE(std::floor(both.size.width),
-              both.size.width);  // not rounded to whole points
-}
-
-TEST(StringDrawingTest, NarrowWidthWrapsAtWords) {
-    auto attributes = attributesOfSize(13);
-    double perLine = lineHeight(*attributes.font, true);
-    std::string text = "Send to a friend and add to favourites";
-    Rect single = boundingRectWithSize(text, kUnlimited, kFragmentAndLeading, attributes);
-    Rect wrapped = boundingRectWithSize(text, {100, DBL_MAX}, kFragmentAndLeading, attributes);
-    EXPECT_GE(wrapped.size.height, 3 * perLine);
-    EXPECT_DOUBLE_EQ(0, std::fmod(wrapped.size.height, perLine));
-    EXPECT_LE(wrapped.size.width, 100);
-    EXPECT_LT(wrapped.size.width, single.size.width);
-    EXPECT_EQ(wrapped.size, usedSizeForText(text, 100, attributes));
-
-    // An explicit newline starts a line; the width is the wider line's.
-    Rect twoLines = boundingRectWithSize("short\nmuch longer line", kUnlimited, kFragmentAndLeading,
-                                         attributes);
-    EXPECT_DOUBLE_EQ(2 * perLine, twoLines.size.height);
+    EXPECT_DOUBLE_EQ(lineHeight(true), both.size.height);
     EXPECT_DOUBLE_EQ(
-        boundingRectWithSize("much longer line", kUnlimited, kFragmentAndLeading, attributes)
-            .size.width,
-        twoLines.size.width);
+        lineHeight(false),
+        bounding("Cancel", DBL_MAX, NSStringDrawingUsesLineFragmentOrigin).size.height);
+    const Rect baseline = bounding("Cancel", DBL_MAX, 0);
+    EXPECT_DOUBLE_EQ(kAttributes.font->descender(), baseline.origin.y);
+    EXPECT_TRUE(both.size.width > 30 && both.size.width < 60);
+    EXPECT_NE(std::floor(both.size.width), both.size.width);  // not rounded
+
+    const std::string text = "Send to a friend and add to favourites";
+    const Rect wrapped = bounding(text, 100);
+    EXPECT_GE(wrapped.size.height, 3 * lineHeight(true));
+    EXPECT_DOUBLE_EQ(0, std::fmod(wrapped.size.height, lineHeight(true)));
+    EXPECT_LE(wrapped.size.width, 100);
+    EXPECT_EQ(wrapped.size, usedSizeForText(text, 100, kAttributes));
+    const Rect twoLines = bounding("short\nmuch longer line");
+    EXPECT_DOUBLE_EQ(2 * lineHeight(true), twoLines.size.height);
+    EXPECT_DOUBLE_EQ(bounding("much longer line").size.width, twoLines.size.width);
 }
 
 TEST(StringDrawingTest, CaretAndSelectionFollowUtf8Offsets) {
-    auto attributes = attributesOfSize(13);
-    std::string text = "caf\xc3\xa9 au lait";  // "café au lait": é is two bytes
-    double lineH = lineHeight(*attributes.font, true);
-    EXPECT_EQ(NSMakeRect(0, 0, 0, lineH), caretRectInText(text, 1000, attributes, 0));
-    Rect end = caretRectInText(text, 1000, attributes, text.size());
-    EXPECT_NEAR(usedSizeForText(text, 1000, attributes).width, end.origin.x, 0.01);
-
-    EXPECT_EQ(0u, characterIndexForPointInText(text, 1000, attributes, {-5, 2}));
-    EXPECT_EQ(text.size(), characterIndexForPointInText(text, 1000, attributes, {900, 2}));
-    Rect afterE = caretRectInText(text, 1000, attributes, 5);
-    EXPECT_EQ(5u, characterIndexForPointInText(text, 1000, attributes, {afterE.origin.x, 2}));
-    auto rects = selectionRectsInText(text, 1000, attributes, 0, 5);
+    const std::string text = "caf\xc3\xa9 au lait";  // é is two bytes
+    EXPECT_EQ(NSMakeRect(0, 0, 0, lineHeight(true)), caretRectInText(text, 1000, kAttributes, 0));
+    EXPECT_NEAR(usedSizeForText(text, 1000, kAttributes).width,
+                caretRectInText(text, 1000, kAttributes, text.size()).origin.x, 0.01);
+    const Rect afterE = caretRectInText(text, 1000, kAttributes, 5);
+    EXPECT_EQ(5u, characterIndexForPointInText(text, 1000, kAttributes, {afterE.origin.x, 2}));
+    auto rects = selectionRectsInText(text, 1000, kAttributes, 0, 5);
     ASSERT_EQ(1u, rects.size());
     EXPECT_NEAR(afterE.origin.x, rects[0].size.width, 0.01);
-
-    // A selection over a wrap covers one rectangle per line, each a line lower.
-    auto wrapped = selectionRectsInText("alpha beta gamma", 40, attributes, 0, 16);
-    ASSERT_GE(wrapped.size(), 2u);
-    EXPECT_DOUBLE_EQ(lineH, wrapped[1].origin.y);
+    auto wrapped = selectionRectsInText("alpha beta gamma", 40, kAttributes, 0, 16);
+    ASSERT_GE(wrapped.size(), 2u);  // one rectangle per line, each a line lower
+    EXPECT_DOUBLE_EQ(lineHeight(true), wrapped[1].origin.y);
 }
 
-// Lines start at the top of the rect; the glyph is not mirrored (the bar of a T is at the top) and
-// grows with the backing scale.
+// Lines start at the top; the glyph is upright (the bar of a T above its stem) and grows with the
+// backing scale.
 TEST(StringDrawingTest, DrawnTextIsUprightAndScalesWithTheBacking) {
-    TextAttributes attributes{Font::systemFontOfSize(20), Color::blackColor()};
     int heights[3] = {};
     for (int scale : {1, 2}) {
-        SCOPED_TRACE(scale);
         auto bitmap = pixel_test::render(40, 40, scale, [&](GraphicsContext&) {
-            drawStringInRect("T", NSMakeRect(0, 0, 40, 40), attributes, 0, 2);
+            drawStringInRect("T", NSMakeRect(0, 0, 40, 40),
+                             {Font::systemFontOfSize(20), Color::blackColor()}, 0, 2);
         });
-        InkBox ink = inkOf(*bitmap);
-        ASSERT_FALSE(ink.empty());
+        const InkBox ink = inkOf(*bitmap);
         EXPECT_LT(ink.top, 8 * scale);
         auto inkInRow = [&](int y) {
             int count = 0;
@@ -120,54 +101,30 @@ TEST(StringDrawingTest, DrawnTextIsUprightAndScalesWithTheBacking) {
                 count += bitmap->pixelAt(x, y).a > 96;
             return count;
         };
-        EXPECT_GT(inkInRow(ink.top),
-                  2 * inkInRow(ink.bottom));  // the bar above the stem
+        EXPECT_GT(inkInRow(ink.top), 2 * inkInRow(ink.bottom)) << scale;
         heights[scale] = ink.height();
     }
     EXPECT_NEAR(2 * heights[1], heights[2], 2);
 }
 
-// Alignment places the text; text wider than its rect never draws outside it, whatever the
-// line-break mode.
-TEST(StringDrawingTest, AlignmentAndClipping) {
-    TextAttributes attributes{Font::systemFontOfSize(12), Color::blackColor()};
-    auto drawn = [&](const std::string& text, Rect rect, int alignment, int mode) {
-        return inkOf(*pixel_test::render(100, 40, 1, [&](GraphicsContext&) {
-            drawStringInRect(text, rect, attributes, alignment, mode);
-        }));
-    };
+// Alignment places the text, also after reusing a layout; text wider than its rect never draws
+// outside it, whatever the line-break mode.
+TEST(StringDrawingTest, AlignmentReuseAndClipping) {
     const Rect line = NSMakeRect(0, 20, 100, 20);
-    EXPECT_LE(drawn("abc", line, 0, 2).left, 2);
-    EXPECT_GE(drawn("abc", line, 1, 2).right, 96);
-    EXPECT_NEAR(50, drawn("abc", line, 2, 2).midX(), 2);
-    EXPECT_EQ(drawn("abc", line, 0, 2).left, drawn("abc", line, 4, 2).left);
-
+    const InkBox first = drawn("Send", line, 0, 4, 14);
+    EXPECT_LE(first.left, 2);
+    EXPECT_EQ(first.right, drawn("Send", line, 0, 4, 14).right);
+    EXPECT_GE(drawn("Send", line, 1, 4, 14).right, 96);
+    EXPECT_NEAR(50, drawn("Send", line, 2, 4, 14).midX(), 2);
+    EXPECT_LT(drawn("Send", NSMakeRect(0, 20, 50, 20), 2, 4, 14).left, 20);
+    EXPECT_EQ(first.left, drawn("Send", line, 4, 4, 14).left);
+    EXPECT_GT(drawn("Send to a friend", line, 0, 4, 14).right, first.right);
+    EXPECT_GT(drawn("Send", line, 0, 4, 20).right, first.right);
     for (int mode : {2, 4, 0}) {
-        InkBox ink = drawn("a title far too long for the narrow field it is given",
-                           NSMakeRect(10, 20, 40, 16), 0, mode);
-        ASSERT_FALSE(ink.empty()) << "mode " << mode;
-        EXPECT_GE(ink.left, 10) << "mode " << mode;
-        EXPECT_LT(ink.right, 50) << "mode " << mode;
-        EXPECT_GE(ink.top, 4) << "mode " << mode;
-        EXPECT_LT(ink.bottom, 20) << "mode " << mode;
+        const InkBox ink = drawn("a title far too long for the narrow field it is given",
+                                 NSMakeRect(10, 20, 40, 16), 0, mode);
+        EXPECT_TRUE(!ink.empty() && ink.left >= 10 && ink.right < 50 && ink.top >= 4 &&
+                    ink.bottom < 20)
+            << mode;
     }
-}
-
-// Layouts are reused between drawings: a redraw must still follow every change of text, font,
-// alignment and box, and drawing the same text twice gives the same pixels.
-TEST(StringDrawingTest, RedrawsFollowEveryChangeDespiteReusedLayouts) {
-    auto drawn = [](const std::string& text, double size, int alignment, double width) {
-        return inkOf(*pixel_test::render(200, 40, 1, [&](GraphicsContext&) {
-            drawStringInRect(text, NSMakeRect(0, 0, width, 40), attributesOfSize(size), alignment,
-                             4);
-        }));
-    };
-    const InkBox first = drawn("Send", 14, 0, 200);
-    const InkBox again = drawn("Send", 14, 0, 200);
-    EXPECT_EQ(first.left, again.left);
-    EXPECT_EQ(first.right, again.right);
-    EXPECT_GT(drawn("Send to a friend", 14, 0, 200).right, first.right);
-    EXPECT_GT(drawn("Send", 20, 0, 200).right, first.right);
-    EXPECT_GT(drawn("Send", 14, 2, 200).left, first.left + 50);
-    EXPECT_LT(drawn("Send", 14, 2, 100).left, drawn("Send", 14, 2, 200).left);
 }

@@ -1,14 +1,14 @@
 // A text field's drawing, checked on rendered pixels.
-#include "tests/platform/ui/PixelTestSupport.h"
-
+#include "platform/ui/StringDrawing.h"
 #include "platform/ui/TextField.h"
 
+#include "tests/platform/ui/PixelTestSupport.h"
+
 using namespace platform;
-using pixel_test::inkOf;
+using namespace pixel_test;
 
 namespace {
 
-// A label as the sheet makes them: no border, clear background.
 std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     auto field = std::make_shared<TextField>(frame);
     field->setBordered(false);
@@ -18,27 +18,25 @@ std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     return field;
 }
 
+QImage drawnTitle(double width, bool tightens) {
+    auto field = label(NSMakeRect(0, 0, width, 20), "Abbrechen");
+    field->setLineBreakMode(LineBreakMode::ByTruncatingTail);
+    field->setAllowsDefaultTighteningForTruncation(tightens);
+    return Bitmap::renderView(*field, 2)->qimage();
+}
+
 }  // namespace
 
-// A new field has a border, a white background and black 13-point text.
+// A new field has a grey border, a white background and black 13-point text; each draws only when
+// asked.
 TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
     auto field = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
-    EXPECT_EQ(13.0, field->font()->pointSize());
-    EXPECT_TRUE(*field->textColor() == *Color::blackColor());
-    auto plain = Bitmap::renderView(*field, 1);
-    EXPECT_EQ(pixel_test::kWhite, plain->pixelAtPoint(20, 10));
-    const Rgba border = plain->pixelAtPoint(0.5, 10);
-    EXPECT_EQ(255, border.a);
-    EXPECT_LT(border.r, 200);  // grey, not the white background
-
-    field->setBackgroundColor(Color::clearColor());
+    EXPECT_TRUE(field->font()->pointSize() == 13 && *field->textColor() == *Color::blackColor());
+    expectPixels(*Bitmap::renderView(*field, 1),
+                 {{20, 10, kWhite}, {0.5, 10, {153, 153, 153, 255}}});
     field->setBordered(false);
-    auto clear = Bitmap::renderView(*field, 1);
-    EXPECT_EQ(0, clear->pixelAtPoint(20, 10).a);
-    EXPECT_EQ(0, clear->pixelAtPoint(0.5, 10).a);
-    field->setBackgroundColor(Color::whiteColor());
     field->setDrawsBackground(false);
-    EXPECT_EQ(0, Bitmap::renderView(*field, 1)->pixelAtPoint(20, 10).a);
+    expectPixels(*Bitmap::renderView(*field, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
 }
 
 // Text sits at the top after the cell's inset, aligned as asked, truncated inside the field; a
@@ -46,23 +44,27 @@ TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
 TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));
-    ASSERT_FALSE(ink.empty());
-    EXPECT_LT(ink.bottom, 18);
-    EXPECT_GE(ink.left, 2);
-    EXPECT_LT(ink.left, 6);
+    EXPECT_TRUE(ink.bottom < 18 && ink.left >= 2 && ink.left < 6);
     field->setAlignment(TextAlignment::Center);
     EXPECT_NEAR(100, inkOf(*Bitmap::renderView(*field, 1)).midX(), 4);
     field->setAlignment(TextAlignment::Right);
     ink = inkOf(*Bitmap::renderView(*field, 1));
-    EXPECT_GT(ink.right, 190);
-    EXPECT_LE(ink.right, 198);
-
-    auto small = label(NSMakeRect(0, 0, 120, 16), "Hg");
-    EXPECT_LT(inkOf(*Bitmap::renderView(*small, 2)).top, 10);
-
+    EXPECT_TRUE(ink.right > 190 && ink.right <= 198);
+    EXPECT_LT(inkOf(*Bitmap::renderView(*label(NSMakeRect(0, 0, 120, 16), "Hg"), 2)).top, 10);
     auto clipped = label(NSMakeRect(0, 0, 60, 20), "A rather long title for a button");
     clipped->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     ink = inkOf(*Bitmap::renderView(*clipped, 1));
-    EXPECT_LE(ink.right, 58);
-    EXPECT_LT(ink.bottom, 18);  // one line, no wrapping
+    EXPECT_TRUE(ink.right <= 58 && ink.bottom < 18);  // one line, no wrapping
+}
+
+// A truncating label a little too narrow for its title closes the letters up instead of cutting
+// the title; one far too narrow still truncates, as does every label that does not allow it.
+TEST(TextFieldTighteningTest, OnlyATitleALittleTooWideTightens) {
+    const double natural =
+        boundingRectWithSize("Abbrechen", {1e6, 1e6}, 3, {Font::systemFontOfSize(12), nullptr})
+            .size.width;
+    for (auto [tooWide, tightens] : {std::pair{1.05, true}, {1.10, false}}) {
+        const double width = natural / tooWide + 4;  // the cell keeps 2 points each side
+        EXPECT_NE(drawnTitle(width, false) == drawnTitle(width, true), tightens) << tooWide;
+    }
 }
