@@ -3,11 +3,10 @@
 #include "viewkit/ColorSExt.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const platform::ColorPtr color = SExt::colorWithHex(fuzz_support::text(data, size));
-    if (color) {
-        double red = -1, green = -1, blue = -1, alpha = -1;
-        color->getRed(&red, &green, &blue, &alpha);
-        for (double component : {red, green, blue, alpha})
+    if (const platform::ColorPtr color = SExt::colorWithHex(fuzz_support::text(data, size))) {
+        double c[4] = {-1, -1, -1, -1};
+        color->getRed(&c[0], &c[1], &c[2], &c[3]);
+        for (double component : c)
             fuzz_support::require(component >= 0.0 && component <= 1.0);
     }
     return 0;

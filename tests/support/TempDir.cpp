@@ -3,7 +3,6 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 
 namespace testing_support {
 
@@ -22,26 +21,18 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::writeFile(const std::string& name, size_t bytes) const {
-    std::string path = file(name);
-    std::ofstream out(path, std::ios::binary);
     std::string block(64 * 1024, '\0');
     for (size_t i = 0; i < block.size(); ++i)
         block[i] = static_cast<char>('a' + i % 26);
-    while (bytes > 0) {
-        size_t n = std::min(bytes, block.size());
-        out.write(block.data(), static_cast<std::streamsize>(n));
-        bytes -= n;
-    }
-    if (!out)
-        throw std::runtime_error("cannot write " + path);
-    return path;
+    std::ofstream out(file(name), std::ios::binary);
+    for (size_t n = 0; bytes > 0; bytes -= n)
+        out.write(block.data(), static_cast<std::streamsize>(n = std::min(bytes, block.size())));
+    return file(name);
 }
 
 std::string TempDir::writeText(const std::string& name, const std::string& text) const {
-    std::string path = file(name);
-    std::ofstream out(path, std::ios::binary);
-    out << text;
-    return path;
+    std::ofstream(file(name), std::ios::binary) << text;
+    return file(name);
 }
 
 }  // namespace testing_support
