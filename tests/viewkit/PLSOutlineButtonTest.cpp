@@ -39,10 +39,9 @@ static bool is(char ink, Rgba p) {
 TEST(PLSOutlineButton, BorderLinesAndCornersAtBothScales) {
     // Border width, corner radius, scale, where, what, whether background and border have colours.
     const std::tuple<double, double, double, double, double, char, bool> probes[] = {
-        {1, 3, 1, 50, 20, 'W', true},   {1, 3, 1, 1.5, 20, 'B', true},
-        {1, 3, 2, 98.5, 20, 'B', true}, {1, 3, 1, 1.5, 1.5, '-', true},
-        {2, 0, 2, 1.25, 20, '-', true}, {2, 0, 2, 3.25, 20, 'B', true},
-        {2, 0, 2, 3.75, 20, 'W', true}, {2, 3, 2, 1.5, 1.5, '-', true},
+        {1, 3, 1, 1.5, 20, 'B', true},  {1, 3, 2, 98.5, 20, 'B', true},
+        {1, 3, 1, 1.5, 1.5, '-', true}, {2, 0, 2, 1.25, 20, '-', true},
+        {2, 0, 2, 3.25, 20, 'B', true}, {2, 0, 2, 3.75, 20, 'W', true},
         {1, 0, 1, 1.5, 20, 'B', false}, {1, 0, 1, 50, 20, '-', false},
     };
     for (const auto& [borderWidth, radius, scale, x, y, ink, coloured] : probes) {
@@ -64,7 +63,7 @@ TEST(PLSOutlineButton, BorderLinesAndCornersAtBothScales) {
 // down.
 TEST(PLSOutlineButton, PressRunsTheClosuresThenTheActionWhereThePointerIsNow) {
     platform::Window window{NSMakeRect(0, 0, 376, 370)};
-    auto parent = std::make_shared<viewkit_test::RecordingView>(NSMakeRect(0, 0, 376, 370));
+    auto parent = std::make_shared<RecordingView>(NSMakeRect(0, 0, 376, 370));
     auto button = std::make_shared<PLSOutlineButton>(NSMakeRect(276, 28, 70, 23));
     parent->addSubview(button);
     window.setContentView(parent);
@@ -77,9 +76,9 @@ TEST(PLSOutlineButton, PressRunsTheClosuresThenTheActionWhereThePointerIsNow) {
         [&] { log.push_back(button->highlighted() ? "DOWN" : "down"); });
     button->setDidLeftMouseUpBlock([&] { log.push_back(button->highlighted() ? "UP" : "up"); });
     const auto press = [&](platform::Point pointer, platform::Point event) {
-        window.sendEvent(*viewkit_test::mouse(EventType::LeftMouseDown, 300, 40));
+        window.sendEvent(*mouse(EventType::LeftMouseDown, 300, 40));
         window.setMouseLocationOutsideOfEventStream(pointer);
-        button->mouseUp(*viewkit_test::mouse(EventType::LeftMouseUp, event.x, event.y));
+        button->mouseUp(*mouse(EventType::LeftMouseUp, event.x, event.y));
     };
     // Inside, the bottom-left corner (inside), the right edge and far off (outside).
     press({300, 40}, {10, 10});
@@ -96,7 +95,7 @@ TEST(PLSOutlineButton, PressRunsTheClosuresThenTheActionWhereThePointerIsNow) {
               log);
     EXPECT_TRUE(parent->clicks.empty());
     button->setDidLeftMouseUpBlock([&] { button->removeFromSuperview(), button.reset(); });
-    window.sendEvent(*viewkit_test::mouse(EventType::LeftMouseDown, 300, 40));
-    window.sendEvent(*viewkit_test::mouse(EventType::LeftMouseUp, 300, 40));
+    window.sendEvent(*mouse(EventType::LeftMouseDown, 300, 40));
+    window.sendEvent(*mouse(EventType::LeftMouseUp, 300, 40));
     EXPECT_EQ(nullptr, button);
 }

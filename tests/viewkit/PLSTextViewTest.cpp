@@ -2,8 +2,6 @@
 #include "viewkit/PLSTextView.h"
 #include "viewkit/ViewSExt.h"
 
-using viewkit_test::mouse;
-
 // A title-like text view at (57, 18, 150, 14) in a recording parent inside a real window.
 class PLSTextViewTest : public ::testing::Test {
   protected:
@@ -19,8 +17,7 @@ class PLSTextViewTest : public ::testing::Test {
     }
 
     platform::Window window{NSMakeRect(0, 0, 376, 50)};
-    std::shared_ptr<viewkit_test::RecordingView> parent =
-        std::make_shared<viewkit_test::RecordingView>(NSMakeRect(0, 0, 376, 50));
+    std::shared_ptr<RecordingView> parent = std::make_shared<RecordingView>();
     std::shared_ptr<PLSTextView> text = std::make_shared<PLSTextView>(NSMakeRect(57, 18, 150, 14));
     std::vector<std::string> calls;
 };
@@ -34,14 +31,13 @@ TEST_F(PLSTextViewTest, KeyClosuresConsumeOnTrueAndPassOnFalse) {
         {false, false, platform::kVK_Escape, true, "esc"},
         {false, false, platform::kVK_Return, true, "enter"},
     };
-    for (const auto& [escConsumes, enterConsumes, key, reachesBase, call] : cases) {
-        text->setDidPressEscKeyBlock([&, c = escConsumes] { return calls.push_back("esc"), c; });
-        text->setDidPressEnterKeyBlock(
-            [&, c = enterConsumes] { return calls.push_back("enter"), c; });
+    for (const auto& [escTakes, enterTakes, code, reachesBase, call] : cases) {
+        text->setDidPressEscKeyBlock([&, c = escTakes] { return calls.push_back("esc"), c; });
+        text->setDidPressEnterKeyBlock([&, c = enterTakes] { return calls.push_back("enter"), c; });
         calls.clear();
         parent->keys.clear();
-        window.sendEvent(*viewkit_test::key(key));
-        EXPECT_EQ(reachesBase, parent->keys == std::vector<uint16_t>{key}) << key;
+        window.sendEvent(*key(code));
+        EXPECT_EQ(reachesBase, parent->keys == std::vector<uint16_t>{code}) << code;
         EXPECT_EQ(std::vector<std::string>{call}, calls);
     }
 }
@@ -88,13 +84,18 @@ TEST_F(PLSTextViewTest, FrameVetoRefusesOriginAndSizeAlike) {
     EXPECT_EQ((std::vector<platform::Point>{{5, 6}, {57, 18}, {1, 2}}), asked);
 }
 
+class TextViewWithoutLayout : public PLSTextView {
+  public:
+    platform::LayoutManager* layoutManager() override { return nullptr; }
+};
+
 // Typing notifies the change closure after the base; selection picks the text colour; the focus
 // ring covers the bounds only when asked for and editable.
 TEST_F(PLSTextViewTest, TypingSelectionStyleAndFocusRing) {
     text->setEditable(true);
     text->setString("");
     text->setDidChangeTextBlock([&] { calls.push_back("changed to " + text->string()); });
-    window.sendEvent(*viewkit_test::key(0, "a"));
+    window.sendEvent(*key(0, "a"));
     EXPECT_EQ(std::vector<std::string>{"changed to a"}, calls);
     const auto normal = SExt::colorWithHex("#888888"), chosen = SExt::colorWithHex("#00A2FF");
     text->setNormalTextColor(normal);
@@ -110,5 +111,11 @@ TEST_F(PLSTextViewTest, TypingSelectionStyleAndFocusRing) {
         text->setEditable(editable);
         EXPECT_EQ(ask && editable ? text->bounds() : platform::NSZeroRect,
                   text->focusRingMaskBounds());
+        const auto fill = [&](auto&) { Color::blackColor()->set(), text->drawFocusRingMask(); };
+        EXPECT_EQ(ask && editable ? 255 : 0,
+                  platform::Bitmap::drawn({150, 14}, 1, fill)->pixelAtPoint(149.5, 0.5).a);
     }
+    // Links show in blue; a text view whose layout manager has gone measures nothing.
+    EXPECT_TRUE(*SExt::colorWithHex("#00A2FF") == *text->linkTextAttributes().foregroundColor);
+    EXPECT_EQ(platform::NSMakeSize(0, 0), TextViewWithoutLayout().intrinsicContentSize());
 }

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <fstream>
 #include <regex>
 #include <sstream>

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the view kit tests share: the headers they all use, events, and views and windows that
-// record what reached them.
+// What the view kit tests share: the headers they all use, events, and a view that records what
+// reached it.
 
 #include <gtest/gtest.h>
 
@@ -15,8 +15,6 @@ using platform::EventType;
 using platform::NSMakeRect;
 using platform::Rgba;
 
-namespace viewkit_test {
-
 // A plain view that records the events reaching it (as a parent view up the responder chain).
 class RecordingView : public platform::View {
   public:
@@ -28,9 +26,10 @@ class RecordingView : public platform::View {
     void mouseExited(const platform::Event& e) override { clicks.push_back(e.clickCount()); }
     void mouseDragged(const platform::Event&) override { ++drags; }
     void keyDown(const platform::Event& event) override { keys.push_back(event.keyCode()); }
+    void magnifyWithEvent(const platform::Event&) override { ++magnifies; }
     std::vector<int> clicks;
     std::vector<uint16_t> keys;
-    int drags = 0;
+    int drags = 0, magnifies = 0;
 };
 
 inline std::shared_ptr<platform::Event> mouse(EventType type, double x, double y, int clicks = 1) {
@@ -40,5 +39,3 @@ inline std::shared_ptr<platform::Event> mouse(EventType type, double x, double y
 inline std::shared_ptr<platform::Event> key(uint16_t keyCode, const std::string& characters = {}) {
     return platform::Event::keyEvent(EventType::KeyDown, keyCode, characters);
 }
-
-}  // namespace viewkit_test

@@ -8,12 +8,12 @@ TEST(ViewSnapshot, PicturesMeasureTheirRectAtTheBackingScaleAndShowWhatIsUnder) 
     const Rgba kDivider{0xE2, 0xE2, 0xE2, 255}, kWindow{0xEC, 0xEC, 0xEC, 255};
     platform::Window window{NSMakeRect(300, 150, 200, 100)};
     window.setBackingScaleFactor(2);
-    window.setContentView(std::make_shared<platform::View>());
-    window.contentView()->addSubview(std::make_shared<PLSDivider>(NSMakeRect(20, 10, 50, 40)));
-    const auto drawn = SExt::imageWithSubviews(*window.contentView())->bitmapRepresentation();
+    auto content = std::make_shared<platform::View>();
+    window.setContentView(content);
+    content->addSubview(std::make_shared<PLSDivider>(NSMakeRect(20, 10, 50, 40)));
+    const auto drawn = SExt::imageWithSubviews(*content)->bitmapRepresentation();
     // Straddles the divider's top edge: the divider below y 50, the window above.
-    const auto edge =
-        SExt::screenCacheImageForViewWithRect(*window.contentView(), NSMakeRect(60, 45, 20, 10));
+    const auto edge = SExt::screenCacheImageForViewWithRect(*content, NSMakeRect(60, 45, 20, 10));
     ASSERT_TRUE(edge);
     EXPECT_EQ(platform::NSMakeSize(20, 10), edge->size());
     EXPECT_EQ(400, drawn->pixelWidth());
@@ -22,7 +22,6 @@ TEST(ViewSnapshot, PicturesMeasureTheirRectAtTheBackingScaleAndShowWhatIsUnder) 
               (std::vector<Rgba>{drawn->pixelAtPoint(21, 11),
                                  edge->bitmapRepresentation()->pixelAtPoint(5, 2),
                                  edge->bitmapRepresentation()->pixelAtPoint(5, 8)}));
-    EXPECT_FALSE(
-        SExt::screenCacheImageForViewWithRect(*window.contentView(), NSMakeRect(0, 0, 10, 0)));
+    EXPECT_FALSE(SExt::screenCacheImageForViewWithRect(*content, NSMakeRect(0, 0, 10, 0)));
     EXPECT_FALSE(SExt::screenCacheImageForView(PLSDivider(NSMakeRect(0, 0, 7, 3)))) << "no window";
 }
