@@ -69,6 +69,8 @@ TEST(ViewDescription, OneLinePerViewIndentedByLevelUpToTheRoot) {
 
 // gdb finds the printer in the program itself once the build folder is a safe auto-load path.
 TEST(ViewPrinter, GdbPrintsAViewAndAPointerToOneAsTheTreeBelow) {
+    if (std::system("command -v gdb >/dev/null") != 0)
+        GTEST_SKIP() << "gdb is not installed";
     testing_support::TempDir dir;
     ASSERT_EQ(
         0, std::system(("timeout 120 gdb -batch -nx -iex 'add-auto-load-safe-path " PARLEY_BUILD_DIR
