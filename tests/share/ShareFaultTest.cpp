@@ -14,12 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::set<std::string> listedPaths() {
-    const auto list =
-        std::get<StringArray>(ShareTest::stored("ParleyMacSharePathArray").value_or(StringArray{}));
-    return {list.begin(), list.end()};
-}
-
 long partialCopiesIn(const std::string& folder) {
     return std::count_if(fs::directory_iterator(folder), {}, [](const fs::directory_entry& e) {
         return e.path().filename().string().rfind(".parley-partial-", 0) == 0;
@@ -71,7 +65,9 @@ TEST_F(ShareFaultTest, NoSpaceLeavesNoPartialFileAndAWholeRecord) {
               0)
         << shareErrors();
     EXPECT_EQ(readAll(files_.file("listing")), "small.txt\n");
-    EXPECT_EQ(listedPaths(), (std::set<std::string>{c + "/big.bin", c + "/small.txt"}));
+    const auto listed = std::get<StringArray>(stored("ParleyMacSharePathArray").value());
+    EXPECT_EQ(std::set<std::string>(listed.begin(), listed.end()),
+              (std::set<std::string>{c + "/big.bin", c + "/small.txt"}));
 }
 
 // A store folder that cannot be written: the share ends, the earlier record stays whole.

@@ -2,7 +2,6 @@
 // container, the one completion that finishes the export, and the wake-up's timing.
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 #include "tests/share/ShareTestSupport.h"
 
@@ -16,17 +15,13 @@ using platform::Url;
 std::string sparseFile(const testing_support::TempDir& dir,
                        const std::string& name,
                        uintmax_t size) {
-    const std::string path = dir.file(name);
-    std::ofstream(path).close();
+    const std::string path = dir.writeText(name, "");
     fs::resize_file(path, size);
     return path;
 }
 
 StringArray storedArray(const std::string& key, const std::string& group = kGroup) {
-    const auto value = ShareTest::stored(key, group);
-    if (!value || !std::holds_alternative<StringArray>(*value))
-        return {"<not an array>"};
-    return std::get<StringArray>(*value);
+    return std::get<StringArray>(ShareTest::stored(key, group).value_or(StringArray{"<none>"}));
 }
 
 StringArray sorted(StringArray values) {
@@ -44,7 +39,6 @@ TEST(ShareFileSize, SizeTextsAreSinglePrecisionPowersOfTwo) {
         EXPECT_EQ(ShareViewController::invalidFileSizeString(sparseFile(dir, text, size)), text);
     EXPECT_FALSE(ShareViewController::isInvalidFile(sparseFile(dir, "limit", 104857600)));
     EXPECT_TRUE(ShareViewController::isInvalidFile(sparseFile(dir, "above", 104857601)));
-    EXPECT_EQ(ShareViewController::GetFileSize(dir.file("missing")), -1);
     EXPECT_EQ(ShareViewController::invalidFileSizeString(dir.file("missing")), "?");
     // A link is measured by its own entry, not by what it points at.
     fs::create_symlink("above", dir.file("link"));

@@ -88,22 +88,6 @@ class RecordingController : public ShareViewController {
     std::vector<Wakeup> wakeups_;
 };
 
-// Counts "ParleyMacShare_Notification" deliveries to this process.
-class NotificationCounter {
-  public:
-    NotificationCounter()
-        : observer_(platform::DistributedNotificationCenter::defaultCenter().addObserverForName(
-              "ParleyMacShare_Notification",
-              [this] { ++count_; })) {
-        EXPECT_NE(observer_, nullptr) << "cannot observe the session bus";
-    }
-    int count() const { return count_; }
-
-  private:
-    int count_ = 0;
-    std::unique_ptr<platform::DistributedNotificationCenter::Observer> observer_;
-};
-
 // A provider of |type| that delivers |item| on a worker thread only once released.
 class GatedLoad {
   public:
