@@ -40,6 +40,7 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPicture) {
     } kCases[] = {
         {"--url https://example.org/", kCentreX, kCentreY, 0x00, 0x77, 0xCC, 24, false},
         {file("Report.PDF"), kCentreX, kBandY, 0xE0, 0x44, 0x3A, 4, true},
+        {file("Memo.DOCX"), kCentreX, kBandY, 43, 115, 210, 4, true},
         // Cropped to the middle third, not stretched: green up to the left edge.
         {quoted(files_.file("photo.JPG")), kLeftX, kCentreY, 0, 255, 0, 8, true},
         {file("a.txt") + " " + file("b.pdf"), kRightX, kCentreY, 0xEC, 0xEC, 0xF0, 3, true},
