@@ -35,7 +35,7 @@ class ShareSheetLanguagesTest : public ShareTest,
                                 public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
-    Bundle::setMainBundle(std::make_shared<Bundle>(PARLEY_APPEX_DIR));
+    useShippedBundle();
     ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::string(GetParam()));
     auto controller = startShare({linkProvider("https://example.org/")});
     struct Shown {
@@ -46,9 +46,6 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
         double lineTop;  // sheet y of its line's top
     };
     std::vector<Shown> texts;
-    auto inset = [](const Rect& r) {
-        return NSMakeRect(r.minX() + 2, r.minY() + 2, r.size.width - 4, r.size.height - 4);
-    };
     for (const auto& [row, title] :
          {std::pair(controller->sendToFriendContainer(), controller->sendToFriendText()),
           std::pair(controller->favToParleyContainer(), controller->favToParleyText())}) {
@@ -66,7 +63,8 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
     // Inside the border; the label's cell keeps 2 points each side.
     texts.push_back({label.stringValue(),
                      {label.font(), label.textColor()},
-                     inset(button),
+                     NSMakeRect(button.minX() + 2, button.minY() + 2, button.size.width - 4,
+                                button.size.height - 4),
                      label.frame().size.width - 4,
                      label.convertRectToView(label.bounds(), nullptr).maxY()});
 
@@ -74,6 +72,7 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
         auto sheet = Bitmap::renderView(*controller->view(), scale);
         for (const Shown& t : texts) {
             SCOPED_TRACE("\"" + t.text + "\" at " + std::to_string(scale));
+            EXPECT_NE(t.text.rfind("ShareExtension.", 0), 0u) << "not translated";
             const Size line = boundingRectWithSize(t.text, {1e6, 1e6}, 3, t.attributes).size;
             EXPECT_LE(line.width, t.width) << "wraps or is truncated";
             EXPECT_LE(line.height, t.lineTop - t.area.minY()) << "its line is cut off";

@@ -1,26 +1,113 @@
-#include "platform/ui/Bitmap.h"
+// The sheet in a window, driven by the mouse as a person would drive it: which row is tinted after
+// each event, when an action or the cancellation runs, and what the sheet then shows.
+#include <tuple>
+
+#include "platform/ui/Event.h"
+#include "platform/ui/Window.h"
 #include "tests/share/ShareTestSupport.h"
 
 namespace share_test {
 namespace {
 
-using platform::Bitmap;
-using platform::NSMakeRect;
+using platform::EventType;
 
-TEST_F(ShareTest, SheetPaintsItsBackgroundLinesAndCancelButton) {
-    auto controller = startShare({linkProvider("https://example.org/")});
-    for (double scale : {1.0, 2.0}) {
-        auto bitmap = Bitmap::renderView(*controller->view(), scale);
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(3.5, 3.5), 0xF7, 0xF7, 0xF7));
-        // 10 % black over the dividers' #e2e2e2 layer.
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(100.5, 79.5), 204, 204, 204));
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(10.5, 179.5), 204, 204, 204));
-        // The inset lines stop 30 points from the edges.
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(10.5, 79.5), 0xF7, 0xF7, 0xF7));
-        // Cancel: white body inside a #b2b2b2 border.
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(280.5, 40.5), 255, 255, 255));
-        EXPECT_TRUE(nearRgb(bitmap->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
+// The sheet's grey, 10 % black over it (a tinted row or pressed Cancel), a line's grey, and 10 %
+// black over a line.
+constexpr int kSheet = 0xF7, kTinted = 222, kLine = 204, kTintedLine = 184;
+
+// Where a person points (sheet points, y up): the middle of the favourites title, a row's own
+// background between its title and its arrow, a row's arrow, Cancel, the logo band (off both rows
+// and Cancel), the send row's left edge.
+const platform::Point kFavTitle{132, 104}, kSendGap{250.5, 150.5}, kFavGap{250.5, 100.5},
+    kCancel{311, 39.5}, kOff{40.5, 320.5}, kSendEdge{5, 170};
+
+struct Step {
+    EventType type;
+    platform::Point at;
+};
+
+// The sheet after a sequence of steps.
+struct Outcome {
+    bool sendTinted, favTinted;
+    ShareEntry entry;
+    State state;
+};
+
+struct Sequence {
+    const char* name;
+    std::vector<Step> steps;
+    Outcome outcome;
+    std::vector<int> probes;  // x, y (pixel centres, sheet points) and grey level, in threes
+};
+
+class ShareSheetTest : public ShareTest {
+  protected:
+    void play(const Sequence& sequence) {
+        SCOPED_TRACE(sequence.name);
+        controller = startShare({linkProvider("https://example.org/")});
+        platform::Window window(platform::NSMakeRect(100, 100, 376, 370));
+        window.setContentView(controller->view());
+        for (const Step& step : sequence.steps) {
+            window.setMouseLocationOutsideOfEventStream(step.at);
+            window.sendEvent(*platform::Event::mouseEvent(step.type, step.at, 1));
+        }
+        const Outcome& o = sequence.outcome;
+        EXPECT_EQ(std::make_tuple(controller->sendHighlighted(), controller->favHighlighted(),
+                                  controller->shareEntry(), context_->state()),
+                  std::make_tuple(o.sendTinted, o.favTinted, o.entry, o.state));
+        const auto shown = window.snapshot(1.0);
+        const auto& p = sequence.probes;
+        for (size_t i = 0; i < p.size(); i += 3)
+            EXPECT_TRUE(nearRgb(shown->pixelAtPoint(p[i] + 0.5, p[i + 1] + 0.5), p[i + 2], p[i + 2],
+                                p[i + 2]))
+                << "at (" << p[i] << ", " << p[i + 1] << ") not " << p[i + 2];
+        runUntilIdle();
     }
+
+    std::shared_ptr<RecordingController> controller;
+};
+
+constexpr auto Down = EventType::LeftMouseDown;
+constexpr auto Up = EventType::LeftMouseUp;
+
+TEST_F(ShareSheetTest, PressesAndReleasesTintAndClickTheRows) {
+    const Outcome none{false, false, ShareEntryNone, State::Pending};
+    const std::vector<Sequence> sequences = {
+        // At rest: no tint, the lines show through the rows (the inner two inset by 30 points),
+        // Cancel is white inside its border.
+        {"at rest", {}, none, {3,  3,  kSheet, 250, 150, kSheet, 250, 100, kSheet, 200, 79, kLine,
+                               10, 79, kSheet, 200, 129, kLine,  10,  179, kLine,  280, 40, 255}},
+        // A title press tints its row, over the line on the row's bottom edge only.
+        {"title press",
+         {{Down, kFavTitle}},
+         {false, true, ShareEntryNone, State::Pending},
+         {250, 100, kTinted, 200, 79, kTintedLine, 200, 129, kLine}},
+        // A release anywhere after a title press clicks it and clears the tint.
+        {"title click",
+         {{Down, kFavTitle}, {Up, kOff}},
+         {false, false, ShareEntryFavToParley, State::Completed},
+         {250, 100, kSheet}},
+        // A container release outside the row leaves its tint until a press on the other row.
+        {"tint moved",
+         {{Down, kSendGap}, {Up, kOff}, {Down, kFavGap}},
+         {false, true, ShareEntryNone, State::Pending},
+         {}},
+        {"container click",
+         {{Down, kSendGap}, {Up, kSendEdge}},
+         {false, false, ShareEntrySendToFriend, State::Completed},
+         {}},
+        // Pressed Cancel is tinted inside its border; a release off it cancels.
+        {"cancel pressed", {{Down, kCancel}}, none, {280, 40, kTinted}},
+        {"cancel released off it",
+         {{Down, kCancel}, {Up, kOff}},
+         {false, false, ShareEntryNone, State::Cancelled},
+         {280, 40, 255}},
+    };
+    for (const Sequence& sequence : sequences)
+        play(sequence);
+    // Cancel's #b2b2b2 border, 28 points up.
+    const auto sheet = platform::Bitmap::renderView(*controller->view(), 1.0);
+    EXPECT_TRUE(nearRgb(sheet->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
 }
 
 }  // namespace

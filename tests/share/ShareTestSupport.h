@@ -2,25 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <filesystem>
+#include <fstream>
 #include <functional>
-#include <memory>
+#include <future>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/core/Bundle.h"
 #include "platform/core/DefaultsSuite.h"
 #include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/EventLoop.h"
 #include "platform/core/ExtensionContext.h"
 #include "platform/core/ExtensionItem.h"
+#include "platform/core/FileManager.h"
 #include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
-#include "platform/core/PropertyValue.h"
+#include "platform/core/MainQueue.h"
 #include "platform/ui/Bitmap.h"
 #include "share/ShareViewController.h"
 #include "tests/support/ProcessSupport.h"
@@ -29,148 +27,210 @@
 namespace share_test {
 
 using Clock = std::chrono::steady_clock;
+using platform::PropertyValue;
 using platform::StringArray;
+using State = platform::ExtensionContext::State;
+using testing_support::quoted;
+using testing_support::readAll;
+using testing_support::readLines;
+using testing_support::run;
 
 inline const std::string kHostId = PARLEY_HOST_BUNDLE_ID;
-inline const std::string kExtensionId = PARLEY_EXTENSION_BUNDLE_ID;
 inline const std::string kTeamId = PARLEY_TEAM_ID;
 inline const std::string kGroup = kTeamId + kHostId;
+inline const std::string kShareProgram =
+    std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
+inline const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
 
-// A controller that records every wake-up (time, thread, what the store held) and then wakes
-// the host as the real one does.
+inline std::string line(const std::string& text) {
+    return "[ShareViewController]: " + text;
+}
+
+// The log line of a store read-back.
+inline std::string readBackLine(const std::string& value, const std::string& key) {
+    return line("NSUserDefaults set value [" + value + "] for key [" + key + "].");
+}
+
+// An opaque pixel within |tolerance| of (r, g, b) in each channel.
+inline bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance = 2) {
+    return std::abs(pixel.r - r) <= tolerance && std::abs(pixel.g - g) <= tolerance &&
+           std::abs(pixel.b - b) <= tolerance && pixel.a == 255;
+}
+
+// A controller that records every wake-up (time, thread, what the store held) and then wakes the
+// host as the real one does.
 class RecordingController : public ShareViewController {
   public:
     explicit RecordingController(ConstructionKey key) : ShareViewController(key) {}
     struct Wakeup {
         Clock::time_point time;
-        bool onMainThread = false;
-        std::optional<platform::PropertyValue> storedPaths;
-        std::optional<platform::PropertyValue> storedUrl;
+        bool onMainThread;
+        std::optional<PropertyValue> storedPaths, storedUrl;
     };
-
-    void wakeupParley() override;
-
-    int wakeupCount() const;
-    std::vector<Wakeup> wakeups() const;
+    void wakeupParley() override {
+        platform::DefaultsSuite store(shareFolderName());
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            wakeups_.push_back({Clock::now(), platform::MainQueue::isMainThread(),
+                                store.objectForKey("ParleyMacSharePathArray"),
+                                store.objectForKey("ParleyMacShareUrl")});
+        }
+        ShareViewController::wakeupParley();
+    }
+    std::vector<Wakeup> wakeups() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return wakeups_;
+    }
+    int wakeupCount() const { return static_cast<int>(wakeups().size()); }
 
   private:
     mutable std::mutex mutex_;
     std::vector<Wakeup> wakeups_;
 };
 
-// Counts "ParleyMacShare_Notification" deliveries to this process.
-class NotificationCounter {
-  public:
-    NotificationCounter();
-    int count() const { return count_; }
-    Clock::time_point lastTime() const { return last_; }
-
-  private:
-    int count_ = 0;
-    Clock::time_point last_;
-    std::unique_ptr<platform::DistributedNotificationCenter::Observer> observer_;
-};
-
-// A provider that offers a file URL and delivers it only once released, on a worker thread.
+// A provider of |type| that delivers |item| on a worker thread only once released.
 class GatedLoad {
   public:
-    explicit GatedLoad(std::optional<platform::Url> item, const std::string& type);
+    GatedLoad(std::optional<platform::Url> item, const std::string& type)
+        : provider_(platform::ItemProvider::withTypes({type, platform::kUTTypeURL})) {
+        // Bounded: a test that forgets to release still ends.
+        provider_->registerItemForTypeIdentifier(type, [gate = gate_.get_future().share(), item] {
+            gate.wait_for(std::chrono::seconds(30));
+            return item;
+        });
+    }
     std::shared_ptr<platform::ItemProvider> provider() const { return provider_; }
-    // Lets the load deliver its item; returns when the loader has returned it.
-    void release();
-    bool started() const { return state_->started; }
+    void release() { gate_.set_value(); }
 
   private:
-    struct State {
-        std::mutex mutex;
-        std::condition_variable changed;
-        bool released = false;
-        std::atomic<bool> started{false};
-        std::atomic<bool> returned{false};
-    };
-    std::shared_ptr<State> state_;
+    std::promise<void> gate_;
     std::shared_ptr<platform::ItemProvider> provider_;
 };
 
-// Every test: a private extension bundle as the main bundle, an empty applications folder (no
-// host to launch unless a test puts one there) and a log capture.
+// Every test: a private extension bundle as the main bundle, an empty applications folder (no host
+// to launch) and a log capture.
 class ShareTest : public ::testing::Test {
   public:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        setenv("PARLEY_APPLICATIONS_DIR", apps_.path().c_str(), 1);
+        useBundle("<string>" + kTeamId + "</string>");
+        resetLog();
+    }
+    void TearDown() override {
+        // Nothing may still run against this test's files.
+        EXPECT_TRUE(platform::EventLoop::runUntilIdle(std::chrono::seconds(60)));
+        log_.reset();
+        platform::Bundle::setMainBundle(nullptr);
+    }
 
-    // Writes an extension bundle with |teamIdentifierXml| as the TeamIdentifier value (an XML
-    // property-list value, or empty for none) and makes it the main bundle.
+    // An extension bundle with |teamIdentifierXml| (a property-list value, or empty for none).
     void useBundle(const std::string& teamIdentifierXml,
-                   const std::string& bundleIdentifier = kExtensionId);
+                   const std::string& bundleIdentifier = PARLEY_EXTENSION_BUNDLE_ID) {
+        static int serial = 0;
+        const std::string path = apps_.file("Share" + std::to_string(serial++) + ".appex");
+        std::filesystem::create_directories(path + "/Contents/Resources");
+        std::ofstream(path + "/Contents/Info.plist")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
+               "<key>CFBundleIdentifier</key><string>"
+            << bundleIdentifier << "</string>\n"
+            << (teamIdentifierXml.empty() ? "" : "<key>TeamIdentifier</key>" + teamIdentifierXml)
+            << "</dict>\n</plist>\n";
+        platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(path));
+    }
+    static void useShippedBundle() {
+        platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
+    }
 
-    static std::shared_ptr<platform::ItemProvider> fileProvider(const std::string& path);
-    static std::shared_ptr<platform::ItemProvider> linkProvider(const std::string& url);
-
+    static std::shared_ptr<platform::ItemProvider> fileProvider(const std::string& path) {
+        return platform::ItemProvider::withURL(platform::Url::fileURLWithPath(path));
+    }
+    static std::shared_ptr<platform::ItemProvider> linkProvider(const std::string& url) {
+        return platform::ItemProvider::withURL(*platform::Url::URLWithString(url));
+    }
     // A controller with one input item holding |attachments|, its view loaded.
     std::shared_ptr<RecordingController> startShare(
-        std::vector<std::shared_ptr<platform::ItemProvider>> attachments);
+        std::vector<std::shared_ptr<platform::ItemProvider>> attachments) {
+        return startShareWithItems(
+            {std::make_shared<platform::ExtensionItem>(std::move(attachments))});
+    }
     std::shared_ptr<RecordingController> startShareWithItems(
-        std::vector<std::shared_ptr<platform::ExtensionItem>> items);
+        std::vector<std::shared_ptr<platform::ExtensionItem>> items) {
+        context_ = std::make_shared<platform::ExtensionContext>(std::move(items));
+        auto controller = ShareViewController::create<RecordingController>();
+        controller->setExtensionContext(context_);
+        controller->view();
+        return controller;
+    }
 
-    // Runs the loop until every load and wake-up has run; fails the test on timeout.
-    static void runUntilIdle(std::chrono::milliseconds timeout = std::chrono::seconds(60));
-    // Runs the loop until |done| or the timeout; returns |done|'s final value.
+    static void runUntilIdle() {
+        ASSERT_TRUE(platform::EventLoop::runUntilIdle(std::chrono::seconds(60)))
+            << "the hand-off did not end";
+    }
     static bool waitFor(const std::function<bool()>& done,
-                        std::chrono::milliseconds timeout = std::chrono::seconds(30));
+                        std::chrono::milliseconds timeout = std::chrono::seconds(30)) {
+        const auto deadline = Clock::now() + timeout;
+        // Short slices: |done| may turn true through another process, not through an event.
+        while (!done() && Clock::now() < deadline)
+            platform::EventLoop::runUntil(done, std::chrono::milliseconds(20));
+        return done();
+    }
 
     // The group's store as another process would read it now.
-    static std::optional<platform::PropertyValue> stored(const std::string& key,
-                                                         const std::string& group = kGroup);
-    // Writes |values| to the store the way an earlier share would have.
+    static std::optional<PropertyValue> stored(const std::string& key,
+                                               const std::string& group = kGroup) {
+        return platform::DefaultsSuite(group).objectForKey(key);
+    }
     static void storeEarlierShare(
-        const std::vector<std::pair<std::string, platform::PropertyValue>>& values);
-    static std::string containerPath(const std::string& group = kGroup);
+        const std::vector<std::pair<std::string, PropertyValue>>& values) {
+        platform::DefaultsSuite store(kGroup);
+        for (const auto& [key, value] : values)
+            store.setObject(value, key);
+        ASSERT_TRUE(store.synchronize());
+    }
+    static std::string containerPath() {
+        std::string path = platform::FileManager::defaultManager()
+                               .containerURLForSecurityApplicationGroupIdentifier(kGroup)
+                               .value_or("");
+        return path.erase(path.find_last_not_of('/') + 1);
+    }
 
-    // The controller's lines, in order.
-    std::vector<std::string> shareLines() const;
-    size_t countLine(const std::string& line) const;
-
-    // A fake host application at $PARLEY_APPLICATIONS_DIR/Parley.app whose executable appends a
-    // line to launchMarker().
-    void installFakeHost();
-    std::string launchMarker() const { return apps_.file("launches"); }
-    int launchCount() const;
+    std::vector<std::string> shareLines() const {
+        std::vector<std::string> lines;
+        for (const std::string& each : log_->lines())
+            if (each.rfind("[ShareViewController]", 0) == 0)
+                lines.push_back(each);
+        return lines;
+    }
+    size_t countLine(const std::string& text) const { return log_->count(text); }
+    void resetLog() { log_ = std::make_unique<platform::LogCapture>(); }
 
     std::shared_ptr<platform::ExtensionContext> context_;
-    testing_support::TempDir bundleDir_;
-    testing_support::TempDir apps_;
-    testing_support::TempDir files_;
+    testing_support::TempDir apps_, files_;
     std::unique_ptr<platform::LogCapture> log_;
 };
-
-// The built programs, as the Share menu and the desktop run them.
-inline const std::string kShareProgram =
-    std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
-inline const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
-
-using testing_support::quoted;
-using testing_support::readAll;
-using testing_support::readLines;
-using testing_support::run;
 
 // Runs parley-share and parley-host as separate processes on this test's bus.
 class ShareProgramsTest : public ShareTest {
   protected:
-    void SetUp() override;
     // Starts parley-host in the background and waits until it reported its start.
-    void startHost(const std::string& options);
+    void startHost(const std::string& options) {
+        ASSERT_EQ(std::system((quoted(kHostProgram) + " " + options + " --record-file " +
+                               quoted(records()) + " >/dev/null 2>&1 &")
+                                  .c_str()),
+                  0);
+        ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }));
+    }
     std::string records() const { return files_.file("records.jsonl"); }
-    std::string shareErrors() const { return files_.file("share.err"); }
-    // parley-share with |arguments| (shell words) in |environment| (env words); its exit status.
-    int share(const std::string& arguments, const std::string& environment = "");
+    std::string shareErrors() const { return readAll(files_.file("share.err")); }
+    // The shell command running parley-share with |arguments| in |environment| (env words).
+    std::string shareCommand(const std::string& arguments,
+                             const std::string& environment = "") const {
+        return (environment.empty() ? "" : "env " + environment + " ") + quoted(kShareProgram) +
+               " " + arguments + " >/dev/null 2>" + quoted(files_.file("share.err"));
+    }
+    int share(const std::string& arguments, const std::string& environment = "") const {
+        return run(shareCommand(arguments, environment));
+    }
 };
-
-// An opaque pixel within |tolerance| of (r, g, b) in each channel.
-bool nearRgb(const platform::Rgba& pixel, int r, int g, int b, int tolerance = 2);
-
-// The log line of a store read-back.
-std::string readBackLine(const std::string& value, const std::string& key);
-std::string line(const std::string& text);
 
 }  // namespace share_test
