@@ -14,12 +14,6 @@ Components components(const Color& color) {
     return c;
 }
 
-Components components(CGColorRef color) {
-    Components c{};
-    CGColorGetComponents(color, c.data());
-    return c;
-}
-
 }  // namespace
 
 // Named colours are white levels; conversion to generic RGB keeps components exactly; a colour
@@ -44,23 +38,3 @@ TEST(ColorTest, ConversionToGenericRgbKeepsComponentsExactly) {
     EXPECT_TRUE(*Color::whiteColor() == *Color::colorWithWhite(1, 1));
 }
 
-// A colour owns one handle; handles count references (a retained handle outlives its colour and a
-// layer keeps its background), a copy with another alpha is new, and null is harmless.
-TEST(ColorTest, CoreGraphicsColoursCountReferences) {
-    auto colour = Color::colorWithCalibratedWhite(0.5, 0.75);
-    CGColorRef handle = colour->CGColor();
-    EXPECT_EQ(handle, CGColorRetain(handle));
-    colour.reset();
-    CGColorRef copy = CGColorCreateCopyWithAlpha(handle, 0.9);
-    CGColorRelease(handle);
-    EXPECT_EQ((Components{0.5, 0.5, 0.5, 0.9}), components(copy));
-    auto layer = std::make_unique<Layer>();
-    layer->setBackgroundColor(copy);
-    CGColorRelease(copy);
-    layer->setBackgroundColor(layer->backgroundColor());  // must not free it on the way
-    EXPECT_EQ(0.9, components(layer->backgroundColor())[3]);
-    CGColorRelease(nullptr);
-    EXPECT_EQ(nullptr, CGColorRetain(nullptr));
-    EXPECT_EQ(nullptr, CGColorCreateCopyWithAlpha(nullptr, 1));
-    EXPECT_EQ((Components{0, 0, 0, 0}), components(nullptr));
-}

@@ -84,29 +84,6 @@ TEST(StringDrawingTest, CaretAndSelectionFollowUtf8Offsets) {
     EXPECT_DOUBLE_EQ(lineHeight(true), wrapped[1].origin.y);
 }
 
-// Lines start at the top; the glyph is upright (the bar of a T above its stem) and grows with the
-// backing scale.
-TEST(StringDrawingTest, DrawnTextIsUprightAndScalesWithTheBacking) {
-    int heights[3] = {};
-    for (int scale : {1, 2}) {
-        auto bitmap = pixel_test::render(40, 40, scale, [&](GraphicsContext&) {
-            drawStringInRect("T", NSMakeRect(0, 0, 40, 40),
-                             {Font::systemFontOfSize(20), Color::blackColor()}, 0, 2);
-        });
-        const InkBox ink = inkOf(*bitmap);
-        EXPECT_LT(ink.top, 8 * scale);
-        auto inkInRow = [&](int y) {
-            int count = 0;
-            for (int x = 0; x < bitmap->pixelWidth(); ++x)
-                count += bitmap->pixelAt(x, y).a > 96;
-            return count;
-        };
-        EXPECT_GT(inkInRow(ink.top), 2 * inkInRow(ink.bottom)) << scale;
-        heights[scale] = ink.height();
-    }
-    EXPECT_NEAR(2 * heights[1], heights[2], 2);
-}
-
 // Alignment places the text, also after reusing a layout; text wider than its rect never draws
 // outside it, whatever the line-break mode.
 TEST(StringDrawingTest, AlignmentReuseAndClipping) {

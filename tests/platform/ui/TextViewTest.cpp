@@ -18,14 +18,6 @@ class CountingTextView : public TextView {
     int changes = 0;
 };
 
-// A text view whose focus ring covers its whole bounds.
-class BoundsRingTextView : public TextView {
-  public:
-    using TextView::TextView;
-    void drawFocusRingMask() override { NSRectFill(bounds()); }
-    Rect focusRingMaskBounds() const override { return bounds(); }
-};
-
 class TextViewTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -174,23 +166,3 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     EXPECT_TRUE(selected().empty());
 }
 
-// The ring follows the mask, only while the view is editable and first responder; the base's mask
-// is the used rect of its text.
-TEST_F(TextViewTest, TheFocusRingFollowsTheMaskAndOnlyWhileEditableAndFocused) {
-    auto ringed = std::make_shared<BoundsRingTextView>(NSMakeRect(20, 130, 200, 40));
-    ringed->setBackgroundColor(Color::clearColor());
-    content->addSubview(ringed);
-    auto pixel = [&](double x, double y) {
-        return Bitmap::renderView(*content, 1)->pixelAtPoint(x, y);
-    };
-    EXPECT_EQ(0, pixel(18.5, 150).a);
-    ASSERT_TRUE(window.makeFirstResponder(ringed.get()));
-    const Rgba ring = pixel(18.5, 150);
-    EXPECT_TRUE(ring.a > 60 && ring.b > ring.r);
-    EXPECT_EQ(0, pixel(15.5, 150).a);  // just past the ring's width
-    ringed->setEditable(false);
-    EXPECT_EQ(0, pixel(18.5, 150).a);
-    text->setBackgroundColor(Color::clearColor());
-    ASSERT_TRUE(window.makeFirstResponder(text.get()));
-    EXPECT_EQ(0, pixel(18.5, 70).a);  // no text: nothing rings the bounds
-}
