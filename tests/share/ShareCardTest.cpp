@@ -41,6 +41,7 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPicture) {
         {"--url https://example.org/", kCentreX, kCentreY, 0x00, 0x77, 0xCC, 24, false},
         {file("Report.PDF"), kCentreX, kBandY, 0xE0, 0x44, 0x3A, 4, true},
         {file("Memo.DOCX"), kCentreX, kBandY, 43, 115, 210, 4, true},
+        {file("slides.pptx"), kLeftX + 8, kBandY, 0xF0, 0x78, 0x2A, 4, true},
         // Cropped to the middle third, not stretched: green up to the left edge.
         {quoted(files_.file("photo.JPG")), kLeftX, kCentreY, 0, 255, 0, 8, true},
         {file("a.txt") + " " + file("b.pdf"), kRightX, kCentreY, 0xEC, 0xEC, 0xF0, 3, true},
@@ -66,8 +67,9 @@ TEST_F(ShareCardTest, CountLineAgreesWithTheNumber) {
         const char* language;
         size_t files;
         const char* line;
-    } kCases[] = {{"en", 1, "1 file"},    {"en", 3, "3 files"},    {"de", 2, "2 Dateien"},
-                  {"fr", 1, "1 fichier"}, {"fr", 2, "2 fichiers"}, {"es", 1, "1 archivo"}};
+    } kCases[] = {{"en", 0, "0 files"},   {"en", 1, "1 file"},    {"en", 3, "3 files"},
+                  {"de", 2, "2 Dateien"}, {"fr", 1, "1 fichier"}, {"fr", 2, "2 fichiers"},
+                  {"es", 1, "1 archivo"}};
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.line);
         ScopedEnv language("LANGUAGE", std::string(c.language));
