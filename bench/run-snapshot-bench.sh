@@ -6,19 +6,7 @@ set -euo pipefail
 build="${1:-build/default}"
 runs="${2:-20}"
 scale="${3:-1}"
-work="$(mktemp -d)"
-trap 'rm -rf "$work"' EXIT
-export QT_QPA_PLATFORM=offscreen HOME="$work/home" XDG_CONFIG_HOME="$work/config" XDG_DATA_HOME="$work/data"
-mkdir -p "$HOME"
-
-measure() {  # prints "seconds kilobytes"; time(1) counts only centiseconds, so time it here
-    local start end
-    start=$(date +%s%N)
-    /usr/bin/time -f "%M" -o "$work/t" "$@" >/dev/null 2>&1 || true
-    end=$(date +%s%N)
-    echo "$(echo "($end - $start) / 1000000000" | bc -l) $(cat "$work/t")"
-}
-median() { sort -n | awk '{a[NR]=$1} END {print (NR%2 ? a[(NR+1)/2] : (a[NR/2]+a[NR/2+1])/2)}'; }
+source "$(dirname "$0")/measure.sh"
 
 : >"$work/ours"; : >"$work/base"
 for _ in $(seq "$runs"); do
