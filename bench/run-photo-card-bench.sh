@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # parley-share --snapshot for one 8000 x 6000 JPEG against the same run for a text file, run
-# alternately from exec to exit: wall time and peak RSS. The JPEG is made here by make_photo.
+# alternately from exec to exit: wall time and peak RSS. The JPEGs are made here by make_photo:
+# one as a camera writes it (with its EXIF thumbnail), one bare that a file manager has shown (it
+# keeps a thumbnail), and one bare and never shown (its whole entropy-coded data must be read).
 # Usage: bench/run-photo-card-bench.sh [build-dir] [runs] [scale]
 set -euo pipefail
 build="${1:-build/default}"
@@ -8,18 +10,25 @@ runs="${2:-15}"
 scale="${3:-2}"
 source "$(dirname "$0")/measure.sh"
 
-"$build/bench/make_photo" "$work/photo.jpg" 8000 6000
+export XDG_CACHE_HOME="$work/cache"
+"$build/bench/make_photo" --camera "$work/camera.jpg" 8000 6000
+"$build/bench/make_photo" --shown "$work/shown.jpg" 8000 6000
+"$build/bench/make_photo" "$work/bare.jpg" 8000 6000
 echo "A few lines of notes." >"$work/notes.txt"
 
-: >"$work/photo"; : >"$work/text"
+: >"$work/camera"; : >"$work/bare"; : >"$work/text"
 for _ in $(seq "$runs"); do
-    measure "$build/bin/parley-share" --snapshot "$work/p.png" --scale "$scale" "$work/photo.jpg" >>"$work/photo"
+    for kind in camera shown bare; do
+        measure "$build/bin/parley-share" --snapshot "$work/p.png" --scale "$scale" "$work/$kind.jpg" >>"$work/$kind"
+    done
     measure "$build/bin/parley-share" --snapshot "$work/t.png" --scale "$scale" "$work/notes.txt" >>"$work/text"
 done
-photo_t=$(cut -d' ' -f1 "$work/photo" | median); text_t=$(cut -d' ' -f1 "$work/text" | median)
-photo_m=$(cut -d' ' -f2 "$work/photo" | median); text_m=$(cut -d' ' -f2 "$work/text" | median)
-echo "card snapshot at scale $scale, 8000 x 6000 JPEG ($(du -k "$work/photo.jpg" | cut -f1) KiB) vs text file, $runs runs each, medians"
-printf 'wall:     photo %.4f s   text %.4f s   ratio %.2fx (target <= 1.5x)\n' \
-    "$photo_t" "$text_t" "$(echo "$photo_t / $text_t" | bc -l)"
-printf 'peak RSS: photo %d KiB   text %d KiB   ratio %.2fx (target <= 1.3x)\n' \
-    "$photo_m" "$text_m" "$(echo "$photo_m / $text_m" | bc -l)"
+text_t=$(cut -d' ' -f1 "$work/text" | median); text_m=$(cut -d' ' -f2 "$work/text" | median)
+echo "card snapshot at scale $scale, 8000 x 6000 JPEG ($(du -k "$work/bare.jpg" | cut -f1) KiB) vs text file, $runs runs each, medians"
+for kind in camera shown bare; do
+    photo_t=$(cut -d' ' -f1 "$work/$kind" | median); photo_m=$(cut -d' ' -f2 "$work/$kind" | median)
+    printf '%-7s wall:     photo %.4f s   text %.4f s   ratio %.2fx (target <= 1.5x)\n' \
+        "$kind" "$photo_t" "$text_t" "$(echo "$photo_t / $text_t" | bc -l)"
+    printf '%-7s peak RSS: photo %d KiB   text %d KiB   ratio %.2fx (target <= 1.3x)\n' \
+        "$kind" "$photo_m" "$text_m" "$(echo "$photo_m / $text_m" | bc -l)"
+done

@@ -11,7 +11,7 @@ if [[ "${1:-}" == "--merge" ]]; then merge=1; shift; fi
 seconds=600
 if [[ "${1:-}" =~ ^[0-9]+$ ]]; then seconds="$1"; shift; fi
 targets=("$@")
-[[ ${#targets[@]} -gt 0 ]] || targets=(url hex_color store_file bundle_files command_line)
+[[ ${#targets[@]} -gt 0 ]] || targets=(url hex_color store_file bundle_files command_line photo_file)
 
 scripts/install-deps.sh fuzz
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DPARLEY_FUZZ=ON \
@@ -29,7 +29,10 @@ for target in "${targets[@]}"; do
         continue
     fi
     cp -n "tests/fuzz/$target"/* "$work"/
-    nice -n 19 "build/fuzz/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -max_len=4096 \
+    # A photo needs room for its EXIF block and the thumbnail in it.
+    max_len=4096
+    [[ $target != photo_file ]] || max_len=65536
+    nice -n 19 "build/fuzz/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -max_len="$max_len" \
         -artifact_prefix="build/fuzz/findings/$target-" "$work" >"build/fuzz/$target.log" 2>&1 &
     # At most two at a time.
     while [[ $(jobs -rp | wc -l) -ge 2 ]]; do wait -n || true; done

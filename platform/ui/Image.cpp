@@ -6,11 +6,15 @@
 #include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <QTransform>
 #include <cmath>
+#include <string_view>
 
 #include "platform/core/Bundle.h"
 #include "platform/core/Log.h"
 #include "platform/ui/Bitmap.h"
+#include "platform/ui/DesktopThumbnail.h"
+#include "platform/ui/ExifThumbnail.h"
 #include "platform/ui/GraphicsContext.h"
 
 namespace platform {
@@ -45,6 +49,55 @@ QSize orientedSize(const QImageReader& reader) {
     return size;
 }
 
+// Room for a JFIF segment and the EXIF segment before it, each at most 64 KiB.
+constexpr qint64 kExifSearchBytes = 2 * 65536 + 64;
+
+// |image| in the orientation the file asks for, as the reader's own transformation would give.
+QImage oriented(QImage image, QImageIOHandler::Transformations transformation) {
+    if (transformation & QImageIOHandler::TransformationRotate180)
+        image = image.mirrored(transformation & QImageIOHandler::TransformationMirror,
+                               transformation & QImageIOHandler::TransformationFlip);
+    if (transformation & QImageIOHandler::TransformationRotate90)
+        image = image.transformed(QTransform().rotate(90));
+    return image;
+}
+
+// |image| made |needed| pixels when it has more.
+QImage fitted(QImage image, QSize needed) {
+    if (image.isNull() || image.size() == needed)
+        return image;
+    return image.scaled(needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+// The thumbnail a camera embedded in the JPEG at |path|, at |needed| pixels (the file's axes),
+// when it shows the whole photo (its proportions, to a pixel of rounding) with at least that many
+// pixels; null otherwise.
+QImage embeddedThumbnail(const QString& path, QSize stored, QSize needed) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray head = file.read(kExifSearchBytes);
+    const std::string_view bytes =
+        ExifThumbnail::locate(std::string_view(head.constData(), size_t(head.size())));
+    if (bytes.empty())
+        return {};
+    const QImage thumbnail =
+        QImage::fromData(QByteArray::fromRawData(bytes.data(), qsizetype(bytes.size())), "JPEG");
+    if (thumbnail.width() < needed.width() || thumbnail.height() < needed.height())
+        return {};
+    // A 3:2 photo's thumbnail may be 4:3 with black bands: that is not the photo.
+    const double photoHeightAtThumbnailWidth =
+        double(thumbnail.width()) * stored.height() / stored.width();
+    if (std::abs(thumbnail.height() - photoHeightAtThumbnailWidth) > 1.0)
+        return {};
+    return fitted(thumbnail, needed);
+}
+
+QSize coveringSize(QSize size, double factor) {
+    return QSize(std::max(1, int(std::ceil(size.width() * factor))),
+                 std::max(1, int(std::ceil(size.height() * factor))));
+}
+
 // Decodes |path|. With a positive |coverPixels|, a picture larger than needed to cover that many
 // pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole);
 // |ownSize| receives the file's own oriented pixel size either way.
@@ -60,10 +113,23 @@ QImage readRaster(const QString& path, QSizeF coverPixels = {}, QSize* ownSize =
         const double factor =
             std::max(coverPixels.width() / own.width(), coverPixels.height() / own.height());
         if (factor < 1.0) {
+            // A thumbnail kept by the desktop or embedded by the camera spares decoding the
+            // whole picture for a small view of it.
+            const QSize neededUpright = coveringSize(own, factor);
+            const QImage kept =
+                fitted(DesktopThumbnail::find(path, own, neededUpright), neededUpright);
+            if (!kept.isNull())
+                return kept.convertToFormat(QImage::Format_ARGB32_Premultiplied);
             // The reader scales before it orients, so the scaled size is in the file's axes.
             const QSize stored = reader.size();
-            reader.setScaledSize(QSize(std::max(1, int(std::ceil(stored.width() * factor))),
-                                       std::max(1, int(std::ceil(stored.height() * factor)))));
+            const QSize needed = coveringSize(stored, factor);
+            if (reader.format() == "jpeg") {
+                const QImage thumbnail = embeddedThumbnail(path, stored, needed);
+                if (!thumbnail.isNull())
+                    return oriented(thumbnail, reader.transformation())
+                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            }
+            reader.setScaledSize(needed);
         }
     }
     QImage image = reader.read();
