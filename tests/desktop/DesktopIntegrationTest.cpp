@@ -12,21 +12,17 @@
 #include "tests/support/ProcessSupport.h"
 #include "tests/support/TempDir.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
-using testing_support::quoted;
-using testing_support::readAll;
-using testing_support::run;
+using namespace testing_support;
 
-void expectContains(const std::string& text, const Paths& parts) {
+static void expectContains(const std::string& text, const Paths& parts) {
     for (const std::string& part : parts)
         EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
 }
 
 // The value of the first "key=" line of a desktop-style file.
-std::string keyValue(const std::string& file, const std::string& key) {
+static std::string keyValue(const std::string& file, const std::string& key) {
     std::istringstream lines(readAll(file));
     for (std::string line; std::getline(lines, line);)
         if (line.rfind(key + "=", 0) == 0)
@@ -37,7 +33,7 @@ std::string keyValue(const std::string& file, const std::string& key) {
 // The Exec line "program %X" of |entry| with its field code filled: %f and %u take the first
 // operand only. Desktop entries pass each operand as one argument; Nemo writes each into the
 // command line, inside its Quote if it has one.
-std::string execCommand(const std::string& entry, const Paths& operands) {
+static std::string execCommand(const std::string& entry, const Paths& operands) {
     const std::string exec = keyValue(entry, "Exec"), code = exec.substr(exec.find(' ') + 1);
     const std::string nemoQuote = keyValue(entry, "Quote") == "double" ? "\"" : "";
     const bool nemo = fs::path(entry).extension() == ".nemo_action";
@@ -187,5 +183,3 @@ TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
     expectFilesShared(root + "/usr/bin",
                       "parley-share --action fav " + quoted(files_[0]) + " " + quoted(files_[1]));
 }
-
-}  // namespace

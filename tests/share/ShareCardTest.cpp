@@ -5,15 +5,14 @@
 #include "tests/share/ShareTestSupport.h"
 #include "tests/support/ScopedEnv.h"
 
-namespace share_test {
-namespace {
+using namespace share_test;
 
 // Card points: the middle of the picture, the middle of its lower band (where a document icon shows
 // its type), its right edge (the multi-file stack's back sheet) and its left edge.
 constexpr int kCentreX = 188, kCentreY = 116, kBandY = 129, kRightX = 213, kLeftX = 160;
 
 // True when some pixel of the count line's row is darker than the card around it.
-bool countLineHasInk(const platform::Bitmap& sheet) {
+static bool countLineHasInk(const platform::Bitmap& sheet) {
     for (int y = 151; y < 167; ++y)
         for (int x = 150; x < 226; ++x)
             if (sheet.pixelAt(x, y).r < 0xD0)
@@ -61,7 +60,7 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPicture) {
 }
 
 TEST_F(ShareCardTest, CountLineAgreesWithTheNumber) {
-    useShippedBundle();
+    platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
     ScopedEnv noAll("LC_ALL", std::nullopt), noMessages("LC_MESSAGES", std::nullopt);
     const struct {
         const char* language;
@@ -79,6 +78,3 @@ TEST_F(ShareCardTest, CountLineAgreesWithTheNumber) {
         runUntilIdle();
     }
 }
-
-}  // namespace
-}  // namespace share_test

@@ -29,7 +29,7 @@ TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
         const std::string source = dir.writeFile("source" + std::to_string(size), size);
         ASSERT_EQ(::chmod(source.c_str(), size ? 06750 : 0640), 0);
         ASSERT_TRUE(copy(source, source + "-copy")) << size;
-        EXPECT_TRUE(contentsOf(source + "-copy") == contentsOf(source)) << size;
+        EXPECT_TRUE(readAll(source + "-copy") == readAll(source)) << size;
         EXPECT_EQ(modeOf(source + "-copy"), size ? 0750u : 0640u) << size;
     }
     fs::create_directories(dir.file("tree/sub"));
@@ -39,7 +39,7 @@ TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
     ASSERT_EQ(::chmod(dir.file("tree/sub").c_str(), 0750), 0);
     ASSERT_TRUE(copy(dir.file("tree"), dir.file("tree-copy")) &&
                 copy(dir.file("dangling"), dir.file("dangling-copy")));
-    EXPECT_EQ(contentsOf(dir.file("tree-copy/sub/b.txt")), "beta");
+    EXPECT_EQ(readAll(dir.file("tree-copy/sub/b.txt")), "beta");
     EXPECT_EQ(fs::read_symlink(dir.file("tree-copy/sub/link")), "b.txt");
     EXPECT_EQ(fs::read_symlink(dir.file("dangling-copy")), "/nonexistent/target");
     EXPECT_EQ(modeOf(dir.file("tree-copy/sub")), 0750u);
@@ -65,7 +65,7 @@ TEST(FileManagerTest, RefusesWhatItMustNotCopyAndLeavesNothing) {
         EXPECT_FALSE(copy(dir.file(refused[i]), dir.file(refused[i + 1]), &error)) << refused[i];
         EXPECT_FALSE(error.empty()) << refused[i + 1];
     }
-    EXPECT_EQ(contentsOf(victim), "keep me");
+    EXPECT_EQ(readAll(victim), "keep me");
     EXPECT_FALSE(fs::exists(dir.file("would-be-created")) || fs::exists(dir.file("x")) ||
                  fs::exists(fs::symlink_status(dir.file("fifo-copy"))));
 

@@ -7,9 +7,7 @@
 using namespace platform;
 using namespace pixel_test;
 
-namespace {
-
-std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
+static std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     auto field = std::make_shared<TextField>(frame);
     field->setBordered(false);
     field->setBackgroundColor(Color::clearColor());
@@ -18,30 +16,24 @@ std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     return field;
 }
 
-QImage drawnTitle(double width, bool tightens) {
+static QImage drawnTitle(double width, bool tightens) {
     auto field = label(NSMakeRect(0, 0, width, 20), "Abbrechen");
     field->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     field->setAllowsDefaultTighteningForTruncation(tightens);
     return Bitmap::renderView(*field, 2)->qimage();
 }
 
-}  // namespace
-
-// A new field has a grey border, a white background and black 13-point text; each draws only when
-// asked.
-TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
-    auto field = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
-    EXPECT_TRUE(field->font()->pointSize() == 13 && *field->textColor() == *Color::blackColor());
-    expectPixels(*Bitmap::renderView(*field, 1),
+// A new field draws a grey border and a white background, each only when asked. Text sits at the
+// top after the cell's inset, aligned as asked, truncated inside the field; a 16-high label with a
+// 12-point font shows its whole line.
+TEST(TextFieldTest, BackgroundBorderAndTextAtTheTopOfATallField) {
+    auto plain = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
+    expectPixels(*Bitmap::renderView(*plain, 1),
                  {{20, 10, kWhite}, {0.5, 10, {153, 153, 153, 255}}});
-    field->setBordered(false);
-    field->setDrawsBackground(false);
-    expectPixels(*Bitmap::renderView(*field, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
-}
+    plain->setBordered(false);
+    plain->setDrawsBackground(false);
+    expectPixels(*Bitmap::renderView(*plain, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
 
-// Text sits at the top after the cell's inset, aligned as asked, truncated inside the field; a
-// 16-high label with a 12-point font shows its whole line.
-TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));
     EXPECT_TRUE(ink.bottom < 18 && ink.left >= 2 && ink.left < 6);
