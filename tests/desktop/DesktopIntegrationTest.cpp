@@ -91,7 +91,8 @@ class InstalledTreeTest : public DesktopTreeTest {
     std::string data(const std::string& path) const { return dir_.file("prefix/share/" + path); }
 };
 
-TEST_F(InstalledTreeTest, EntriesAreValidCompleteAndTranslated) {
+// The entries are valid, complete and translated; each integration shares with the installed host.
+TEST_F(InstalledTreeTest, EntriesAreValidAndEachIntegrationSharesWithTheInstalledHost) {
     for (const std::string folder : {"applications", "Thunar/sendto"})
         for (const auto& entry : fs::directory_iterator(data(folder)))
             EXPECT_EQ(run("desktop-file-validate " + quoted(entry.path())), 0) << entry;
@@ -116,10 +117,8 @@ TEST_F(InstalledTreeTest, EntriesAreValidCompleteAndTranslated) {
     ASSERT_TRUE(icon && fs::exists(data("icons/hicolor/scalable/apps/parley-share.svg")));
     // The front bubble's blue, drawn to the full size.
     EXPECT_TRUE(icon->pixelWidth() == 48 && icon->pixelAt(8, 20).b > 200);
-}
 
-// Nautilus's side of its extension is played by tests/desktop/nautilus_menu.py.
-TEST_F(InstalledTreeTest, FileManagerEntriesShareWithTheInstalledHost) {
+    // Nautilus's side of its extension is played by tests/desktop/nautilus_menu.py.
     for (const std::string entry :
          {"kio/servicemenus/parley-share.desktop", "Thunar/sendto/parley-share.desktop",
           "nemo/actions/parley-share.nemo_action"})
@@ -130,12 +129,11 @@ TEST_F(InstalledTreeTest, FileManagerEntriesShareWithTheInstalledHost) {
                           quoted(data("nautilus-python/extensions/parley-share.py")) + " " +
                           quoted(files_[0]) + " " + quoted(files_[1]) + " >" + dir_.file("menu"));
     EXPECT_EQ(readAll(dir_.file("menu")), "0\nMit Parley teilen\n");
-}
 
-// The host is started by its bus name from the installed service file, on a private bus that finds
-// services under the prefix; the browser's link then finds it running, and a broken link is a usage
-// error.
-TEST_F(InstalledTreeTest, SchemeHandlerHandsALinkToTheBusActivatedHost) {
+    // The host is started by its bus name from the installed service file, on a private bus that
+    // finds services under the prefix; the browser's link then finds it running, and a broken link
+    // is a usage error.
+    fs::remove(records_);
     const std::string entry = data("applications/com.parleyapp.Parley.ParleyShare.desktop");
     const std::string script = R"(bus="dbus-send --session --print-reply"
 $bus --dest=com.parleyapp.Parley / org.freedesktop.DBus.Peer.Ping >/dev/null || exit 90

@@ -30,7 +30,7 @@ TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
 // Bad arguments exit 64 with the usage. Runs that end without a hand-off: offscreen nobody can
 // click, so the sheet is not left waiting; a display that cannot be opened is no display; a bundle
 // without an identifier is refused; Cancel exits 2. None of them writes an entry.
-TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
+TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
     const std::string file = quoted(files_.writeText("x.txt", "x"));
     const std::string stale = "-u QT_QPA_PLATFORM -u WAYLAND_DISPLAY DISPLAY=:9876";
     const struct {
@@ -53,10 +53,9 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
         EXPECT_FALSE(stored("ParleyMacShareEntry") || stored("ParleyMacShareUrl"));
     }
     EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
-}
 
-// The picture is the sheet as shown after the press, at the asked scale; nothing is handed over.
-TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
+    // The picture is the sheet as shown after the press, at the asked scale; nothing is handed
+    // over.
     const std::string picture = files_.file("sheet.png");
     EXPECT_EQ(share("--press fav --snapshot " + quoted(picture) +
                     " --scale 2 --url https://example.org/"),

@@ -4,7 +4,7 @@ static bool copy(const std::string& from, const std::string& to, std::string* er
     return FileManager::defaultManager().copyItemAtPath(from, to, error);
 }
 
-TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
+TEST(FileManagerTest, ContainerIsPrivateAndCopiesKeepFilesFoldersAndLinks) {
     auto& manager = FileManager::defaultManager();
     auto container = manager.containerURLForSecurityApplicationGroupIdentifier(
         "P4RL3YSH4R.com.parleyapp.Parley");
@@ -19,12 +19,9 @@ TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
                      log.lines().empty())
             << group;
     }
-}
 
-// Contents and mode bits (less set-user and set-group) are copied, for empty, small and large
-// files alike; a folder is copied whole with its links as links, dangling ones too.
-TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
-    TempDir dir;
+    // Contents and mode bits (less set-user and set-group) are copied, for empty, small and large
+    // files alike; a folder is copied whole with its links as links, dangling ones too.
     for (size_t size : {size_t(0), size_t(100000), size_t(24 * 1024 * 1024 + 123)}) {
         const std::string source = dir.writeFile("source" + std::to_string(size), size);
         ASSERT_EQ(::chmod(source.c_str(), size ? 06750 : 0640), 0);

@@ -8,17 +8,15 @@
 #include "tests/platform/core/CoreTestSupport.h"
 
 // Pairs of a raw name and how it is stored: a surrogate and an overlong "/" are not UTF-8.
-TEST(StorableFileNameTest, NamesThatAreNotUtf8AreEscapedAndStayDistinct) {
+TEST(CopyIntegrityTest, NamesAreEscapedAndCopiesWholeUnderTheirFinalNameOrAbsent) {
     const char* cases[] = {"café.txt",     "café.txt",   "100%.txt",     "100%.txt",
                            "caf\xe9.txt",  "caf%E9.txt", "100%\xff",     "100%25%FF",
                            "\xed\xa0\x80", "%ED%A0%80",  "\xc0\xaf.txt", "%C0%AF.txt"};
     for (size_t i = 0; i < std::size(cases); i += 2)
         EXPECT_EQ(FileManager::storableFileName(cases[i]), cases[i + 1]) << cases[i];
-}
 
-// A folder is copied without its pipes; a growing file is copied no larger than the limit, however
-// fast it grows. (A failed write leaving nothing partial: the share's no-space test.)
-TEST(CopyIntegrityTest, CopiesAreWholeUnderTheirFinalNameOrAbsent) {
+    // A folder is copied without its pipes; a growing file is copied no larger than the limit,
+    // however fast it grows. (A failed write leaving nothing partial: the share's no-space test.)
     TempDir dir;
     auto& manager = FileManager::defaultManager();
     fs::create_directories(dir.file("album/inner"));

@@ -2,7 +2,7 @@
 
 // A file URL is both a file URL and a URL, a web URL only a URL; loads run off the main thread;
 // asking for what a provider cannot give is a logged error, a loader that gives nothing is not.
-TEST(ItemProviderTest, ProvidersConformAndLoadOffTheMainThread) {
+TEST(ItemProviderTest, ProvidersConformLoadOffTheMainThreadAndTheRequestEndsOnce) {
     auto file = ItemProvider::withURL(Url::fileURLWithPath("/tmp/a.txt"));
     auto web = ItemProvider::withURL(*Url::URLWithString("https://parley.example/x"));
     auto text = ItemProvider::withTypes({"public.plain-text"}), empty = ItemProvider::withTypes({});
@@ -29,11 +29,9 @@ TEST(ItemProviderTest, ProvidersConformAndLoadOffTheMainThread) {
         EXPECT_EQ(*loaded, item.empty() ? NSItemProviderErrorDomain : item);
         EXPECT_EQ(log.lines().empty(), !item.empty());
     }
-}
 
-// The first ending counts: its handler runs on the main thread, not expired; a later one is only
-// logged.
-TEST(ExtensionContextTest, FirstEndingCountsAndLaterOnesAreLogged) {
+    // The first ending counts: its handler runs on the main thread, not expired; a later one is
+    // only logged.
     ExtensionContext context({});
     std::atomic<bool> handledOnMain{false};
     context.completeRequestReturningItems(

@@ -8,7 +8,7 @@ static Strings partsOf(const Url& url) {
 
 // Everything but "/" and the unreserved characters is percent-encoded, bytes that are not UTF-8
 // included; the path, its last component and extension come back as given.
-TEST(UrlTest, FileAndWebURLsGiveTheirParts) {
+TEST(UrlTest, FileAndWebURLsGiveTheirPartsAndValuesTheirDescriptions) {
     // clang-format off
     const Strings cases[] = {  // path, absolute string, last component, extension
         {"/tmp/My File #1 (\xC3\xBC).txt", "file:///tmp/My%20File%20%231%20%28%C3%BC%29.txt",
@@ -41,9 +41,7 @@ TEST(UrlTest, FileAndWebURLsGiveTheirParts) {
     }
     EXPECT_EQ(Url::fileURLWithPath("/w/shared/..").lastPathComponent(), "w");
     EXPECT_EQ(Url::fileURLWithPath("/..").path() + Url::fileURLWithPath("/a//b/.").path(), "//a/b");
-}
-
-TEST(PropertyValueTest, DescribeMatchesTheFormatter) {
+    // Stored values describe themselves as the formatter does.
     EXPECT_EQ(Strings({describe(std::nullopt), describe(PropertyValue(std::string("public.url"))),
                        describe(PropertyValue(StringArray{"a", "b"})),
                        describe(PropertyValue(StringArray{}))}),

@@ -32,7 +32,7 @@ static InkBox drawn(const std::string& text, Rect rect, int alignment, int mode,
 // is as high as the font with or without leading, as wide as its natural advance (not rounded);
 // without the line fragment origin it hangs from the baseline. Narrow widths wrap at words;
 // newlines start lines.
-TEST(StringDrawingTest, FontMetricsAndBoundingRectsOfLinesAndWraps) {
+TEST(StringDrawingTest, FontMetricsBoundingRectsCaretsAndSelections) {
     auto font = Font::systemFontOfSize(20);
     const double height = font->ascender() - font->descender();
     EXPECT_TRUE(font->familyName() == "Liberation Sans" && height > 20 && height < 26) << height;
@@ -58,18 +58,16 @@ TEST(StringDrawingTest, FontMetricsAndBoundingRectsOfLinesAndWraps) {
     const Rect twoLines = bounding("short\nmuch longer line");
     EXPECT_DOUBLE_EQ(2 * lineHeight(true), twoLines.size.height);
     EXPECT_DOUBLE_EQ(bounding("much longer line").size.width, twoLines.size.width);
-}
 
-// Carets and selections follow UTF-8 offsets; an empty text's caret is a line high; a wrapped
-// selection has a rectangle per line, each a line lower.
-TEST(StringDrawingTest, CaretAndSelectionFollowUtf8Offsets) {
-    const std::string text = "caf\xc3\xa9 au lait";  // é is two bytes
+    // Carets and selections follow UTF-8 offsets; an empty text's caret is a line high; a wrapped
+    // selection has a rectangle per line, each a line lower.
+    const std::string cafe = "caf\xc3\xa9 au lait";  // é is two bytes
     EXPECT_EQ(NSMakeRect(0, 0, 0, lineHeight(true)), caretRectInText("", 1000, kAttributes, 0));
-    const Rect afterE = caretRectInText(text, 1000, kAttributes, 5);
-    EXPECT_EQ(5u, characterIndexForPointInText(text, 1000, kAttributes, {afterE.origin.x, 2}));
-    auto wrapped = selectionRectsInText("alpha beta gamma", 40, kAttributes, 0, 16);
-    ASSERT_GE(wrapped.size(), 2u);
-    EXPECT_DOUBLE_EQ(lineHeight(true), wrapped[1].origin.y);
+    const Rect afterE = caretRectInText(cafe, 1000, kAttributes, 5);
+    EXPECT_EQ(5u, characterIndexForPointInText(cafe, 1000, kAttributes, {afterE.origin.x, 2}));
+    auto perLine = selectionRectsInText("alpha beta gamma", 40, kAttributes, 0, 16);
+    ASSERT_GE(perLine.size(), 2u);
+    EXPECT_DOUBLE_EQ(lineHeight(true), perLine[1].origin.y);
 }
 
 // Alignment places the text, also after reusing a layout; text wider than its rect never draws

@@ -26,7 +26,7 @@ static QImage drawnTitle(double width, bool tightens) {
 // A new field draws a grey border and a white background, each only when asked. Text sits at the
 // top after the cell's inset, aligned as asked, truncated inside the field; a 16-high label with a
 // 12-point font shows its whole line.
-TEST(TextFieldTest, BackgroundBorderAndTextAtTheTopOfATallField) {
+TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
     auto plain = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
     expectPixels(*Bitmap::renderView(*plain, 1),
                  {{20, 10, kWhite}, {0.5, 10, {153, 153, 153, 255}}});
@@ -47,11 +47,9 @@ TEST(TextFieldTest, BackgroundBorderAndTextAtTheTopOfATallField) {
     clipped->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     ink = inkOf(*Bitmap::renderView(*clipped, 1));
     EXPECT_TRUE(ink.right <= 58 && ink.bottom < 18);  // one line, no wrapping
-}
 
-// A truncating label a little too narrow for its title closes the letters up instead of cutting
-// the title; one far too narrow still truncates, as does every label that does not allow it.
-TEST(TextFieldTighteningTest, OnlyATitleALittleTooWideTightens) {
+    // A truncating label a little too narrow for its title closes the letters up instead of cutting
+    // the title; one far too narrow still truncates, as does every label that does not allow it.
     const double natural =
         boundingRectWithSize("Abbrechen", {1e6, 1e6}, 3, {Font::systemFontOfSize(12), nullptr})
             .size.width;

@@ -29,7 +29,7 @@ TEST(GeometryTest, RectTextIntersectionAndOffset) {
 
 // The last added visible subview wins; left and bottom edges belong to a view, right and top edges
 // do not; hidden subtrees and subviews outside their parent are not hit.
-TEST(ViewTreeTest, HitTestFindsTheLastAddedVisibleSubviewWithHalfOpenEdges) {
+TEST(ViewTreeTest, HitTestWithHalfOpenEdgesAndConvertingPoints) {
     auto root = makeView(0, 0, 100, 100), below = makeView(10, 10, 50, 50),
          above = makeView(30, 30, 50, 50), child = makeView(30, 30, 30, 30);
     below->addSubview(child);  // reaches past |below|
@@ -47,10 +47,8 @@ TEST(ViewTreeTest, HitTestFindsTheLastAddedVisibleSubviewWithHalfOpenEdges) {
     EXPECT_EQ(root.get(), root->hitTest({45, 45}));
     root->setHidden(true);
     EXPECT_EQ(nullptr, root->hitTest({50, 50}));
-}
 
-// Without a view, conversions are to and from the base: the root's coordinates.
-TEST(ViewTreeTest, ConvertPointBetweenNestedViewsAndTheBase) {
+    // Without a view, conversions are to and from the base: the root's coordinates.
     auto content = makeView(0, 0, 300, 200), outer = makeView(10, 20, 200, 100),
          inner = makeView(5, 7, 50, 50), sibling = makeView(150, 150, 20, 20);
     outer->addSubview(inner);

@@ -68,23 +68,20 @@ TEST_F(WindowEventTest, PressesFollowThePressedViewOtherPointerEventsTheViewUnde
 }
 
 // Keys go to the first responder, else to the window. A view that refuses, or is in no window, is
-// not made first responder; one that leaves the window hands the keys back.
-TEST_F(WindowEventTest, KeysGoToTheFirstResponderOrTheWindow) {
+// not made first responder; a pressed one is. A view removed from the window hands the keys back,
+// and a pressed view removed before the release is not called.
+TEST_F(WindowEventTest, ARemovedViewLosesTheKeysAndItsPress) {
     auto stray = std::make_shared<RecordingView>(NSMakeRect(0, 0, 10, 10), true);
     EXPECT_FALSE(window.makeFirstResponder(right.get()) || window.makeFirstResponder(stray.get()));
-    EXPECT_TRUE(window.makeFirstResponder(left.get()));
-    left->removeFromSuperview();
-    sendKey(kVK_Tab, "\t");
-    EXPECT_EQ((std::vector<uint16_t>{kVK_Tab}), window.keys);
-}
-
-TEST_F(WindowEventTest, APressedViewRemovedBeforeTheReleaseIsNotCalled) {
     send(EventType::LeftMouseDown, 10, 10);
+    EXPECT_EQ(left.get(), window.firstResponder());
     left->removeFromSuperview();
     std::weak_ptr<RecordingView> gone = left;
     left.reset();
     EXPECT_TRUE(gone.expired());
     send(EventType::LeftMouseDragged, 150, 50);
     send(EventType::LeftMouseUp, 150, 50);
+    sendKey(kVK_Tab, "\t");
     EXPECT_EQ("up1 ", right->events);
+    EXPECT_EQ((std::vector<uint16_t>{kVK_Tab}), window.keys);
 }
