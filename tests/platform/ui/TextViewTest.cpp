@@ -103,7 +103,8 @@ TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
     EXPECT_EQ(1, window.mouseDowns);
 
     // A selection is replaced by typing, extended with shift, collapsed by an arrow.
-    text->setEditable(true);
+    text->setEditable(true);  // and so selectable again
+    EXPECT_TRUE(text->isSelectable());
     ASSERT_TRUE(window.makeFirstResponder(text.get()));
     text->setSelectedRange({0, 5});
     type("J");
