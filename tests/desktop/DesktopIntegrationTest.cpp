@@ -12,21 +12,17 @@
 #include "tests/support/ProcessSupport.h"
 #include "tests/support/TempDir.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
-using testing_support::quoted;
-using testing_support::readAll;
-using testing_support::run;
+using namespace testing_support;
 
-void expectContains(const std::string& text, const Paths& parts) {
+static void expectContains(const std::string& text, const Paths& parts) {
     for (const std::string& part : parts)
         EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
 }
 
 // The value of the first "key=" line of a desktop-style file.
-std::string keyValue(const std::string& file, const std::string& key) {
+static std::string keyValue(const std::string& file, const std::string& key) {
     std::istringstream lines(readAll(file));
     for (std::string line; std::getline(lines, line);)
         if (line.rfind(key + "=", 0) == 0)
@@ -37,7 +33,7 @@ std::string keyValue(const std::string& file, const std::string& key) {
 // The Exec line "program %X" of |entry| with its field code filled: %f and %u take the first
 // operand only. Desktop entries pass each operand as one argument; Nemo writes each into the
 // command line, inside its Quote if it has one.
-std::string execCommand(const std::string& entry, const Paths& operands) {
+static std::string execCommand(const std::string& entry, const Paths& operands) {
     const std::string exec = keyValue(entry, "Exec"), code = exec.substr(exec.find(' ') + 1);
     const std::string nemoQuote = keyValue(entry, "Quote") == "double" ? "\"" : "";
     const bool nemo = fs::path(entry).extension() == ".nemo_action";
@@ -95,7 +91,8 @@ class InstalledTreeTest : public DesktopTreeTest {
     std::string data(const std::string& path) const { return dir_.file("prefix/share/" + path); }
 };
 
-TEST_F(InstalledTreeTest, EntriesAreValidCompleteAndTranslated) {
+// The entries are valid, complete and translated; each integration shares with the installed host.
+TEST_F(InstalledTreeTest, EntriesAreValidAndEachIntegrationSharesWithTheInstalledHost) {
     for (const std::string folder : {"applications", "Thunar/sendto"})
         for (const auto& entry : fs::directory_iterator(data(folder)))
             EXPECT_EQ(run("desktop-file-validate " + quoted(entry.path())), 0) << entry;
@@ -120,10 +117,8 @@ TEST_F(InstalledTreeTest, EntriesAreValidCompleteAndTranslated) {
     ASSERT_TRUE(icon && fs::exists(data("icons/hicolor/scalable/apps/parley-share.svg")));
     // The front bubble's blue, drawn to the full size.
     EXPECT_TRUE(icon->pixelWidth() == 48 && icon->pixelAt(8, 20).b > 200);
-}
 
-// Nautilus's side of its extension is played by tests/desktop/nautilus_menu.py.
-TEST_F(InstalledTreeTest, FileManagerEntriesShareWithTheInstalledHost) {
+    // Nautilus's side of its extension is played by tests/desktop/nautilus_menu.py.
     for (const std::string entry :
          {"kio/servicemenus/parley-share.desktop", "Thunar/sendto/parley-share.desktop",
           "nemo/actions/parley-share.nemo_action"})
@@ -134,12 +129,11 @@ TEST_F(InstalledTreeTest, FileManagerEntriesShareWithTheInstalledHost) {
                           quoted(data("nautilus-python/extensions/parley-share.py")) + " " +
                           quoted(files_[0]) + " " + quoted(files_[1]) + " >" + dir_.file("menu"));
     EXPECT_EQ(readAll(dir_.file("menu")), "0\nMit Parley teilen\n");
-}
 
-// The host is started by its bus name from the installed service file, on a private bus that finds
-// services under the prefix; the browser's link then finds it running, and a broken link is a usage
-// error.
-TEST_F(InstalledTreeTest, SchemeHandlerHandsALinkToTheBusActivatedHost) {
+    // The host is started by its bus name from the installed service file, on a private bus that
+    // finds services under the prefix; the browser's link then finds it running, and a broken link
+    // is a usage error.
+    fs::remove(records_);
     const std::string entry = data("applications/com.parleyapp.Parley.ParleyShare.desktop");
     const std::string script = R"(bus="dbus-send --session --print-reply"
 $bus --dest=com.parleyapp.Parley / org.freedesktop.DBus.Peer.Ping >/dev/null || exit 90
@@ -187,5 +181,3 @@ TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
     expectFilesShared(root + "/usr/bin",
                       "parley-share --action fav " + quoted(files_[0]) + " " + quoted(files_[1]));
 }
-
-}  // namespace

@@ -4,8 +4,6 @@
 
 #include "apps/parley-share/ShareCommandLine.h"
 
-namespace {
-
 using Words = std::vector<std::string>;
 
 // clang-format off
@@ -35,5 +33,3 @@ TEST(ShareCommandLineTest, DesktopOperands) {
         EXPECT_FALSE(ShareCommandLine::parse(arguments).isValid()) << arguments.back();
 }
 // clang-format on
-
-}  // namespace

@@ -1,6 +1,5 @@
 // A bundle whose Info.plist and string table hold any bytes: identity and texts are read or fall
 // back, never crash. The first input byte picks the file under test.
-#include <filesystem>
 #include <fstream>
 
 #include "platform/core/Bundle.h"

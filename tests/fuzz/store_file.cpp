@@ -1,6 +1,5 @@
 // The hand-off store's file holding any bytes: it opens, reads, and is replaced by a readable file
 // at the next flush.
-#include <filesystem>
 #include <fstream>
 
 #include "platform/core/DefaultsSuite.h"

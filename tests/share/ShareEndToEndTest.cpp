@@ -1,31 +1,12 @@
-// The built programs together: parley-share hands a share over to parley-host on a real session
-// bus, or launches it; bad arguments and a missing bus have their defined outcomes.
+// The built programs together: parley-share hands a share over to a running parley-host on a real
+// session bus; bad arguments and a missing bus have their defined outcomes.
 #include "platform/core/RunningApplication.h"
 #include "tests/share/ShareTestSupport.h"
 
-namespace share_test {
-namespace {
-
-namespace fs = std::filesystem;
-
-TEST_F(ShareProgramsTest, RunningHostPrintsTheLinkRecordOnItsNotification) {
-    startHost("--exit-after 1");
-    EXPECT_EQ(share("--action fav --url 'https://example.org/a?b=c&d=%22e%22'"), 0)
-        << shareErrors();
-    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
-    EXPECT_EQ(readLines(records())[1],
-              "{\"event\":\"notification\",\"type\":\"public.url\",\"entry\":\"favToParley\","
-              "\"url\":\"https://example.org/a?b=c&d=%22e%22\"}");
-    // The host exits after its one notification and gives its name up.
-    EXPECT_TRUE(waitFor([] {
-        return platform::RunningApplication::runningApplicationsWithBundleIdentifier(kHostId)
-            .empty();
-    }));
-    EXPECT_NE(shareErrors().find("[ShareViewController]: Parley is online."), std::string::npos);
-}
+using namespace share_test;
 
 // Files sent to a friend: the record lists the copies (names escaped) and the refused file with its
-// size text.
+// size text; the host exits after its one notification.
 TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
     startHost("--exit-after 1");
     const std::string odd = files_.writeText("say \"hi\"\tnow\\.txt", "o");
@@ -39,29 +20,17 @@ TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
                   containerPath() +
                   "/say \\\"hi\\\"\\tnow\\\\.txt\"],\"invalidNames\":[\"huge.iso\"],"
                   "\"invalidSizes\":[\"150.0M\"]}");
-}
-
-// No host running: the share launches Parley.app from the applications folder, and the launched
-// host reads the whole record at its start.
-TEST_F(ShareProgramsTest, StoppedHostIsLaunchedAndReadsTheRecordAtStart) {
-    const std::string applications = fs::path(PARLEY_APP_DIR).parent_path().string();
-    EXPECT_EQ(share("--action fav " + quoted(files_.writeText("launch.txt", "l")),
-                    "PARLEY_APPLICATIONS_DIR=" + quoted(applications) +
-                        " PARLEY_HOST_ONCE=1 PARLEY_HOST_RECORD_FILE=" + quoted(records())),
-              0);
-    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }));
-    EXPECT_EQ(readLines(records()),
-              std::vector<std::string>{
-                  "{\"event\":\"start\",\"type\":\"public.file-url\",\"entry\":\"favToParley\","
-                  "\"paths\":[\"" +
-                  containerPath() + "/launch.txt\"],\"invalidNames\":[],\"invalidSizes\":[]}"});
-    EXPECT_NE(shareErrors().find("[ShareViewController]: Parley is offline."), std::string::npos);
+    // The host exits after its one notification and gives its name up.
+    EXPECT_TRUE(waitFor([] {
+        return platform::RunningApplication::runningApplicationsWithBundleIdentifier(kHostId)
+            .empty();
+    }));
 }
 
 // Bad arguments exit 64 with the usage. Runs that end without a hand-off: offscreen nobody can
 // click, so the sheet is not left waiting; a display that cannot be opened is no display; a bundle
 // without an identifier is refused; Cancel exits 2. None of them writes an entry.
-TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
+TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
     const std::string file = quoted(files_.writeText("x.txt", "x"));
     const std::string stale = "-u QT_QPA_PLATFORM -u WAYLAND_DISPLAY DISPLAY=:9876";
     const struct {
@@ -84,10 +53,9 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffExitWithTheirStatus) {
         EXPECT_FALSE(stored("ParleyMacShareEntry") || stored("ParleyMacShareUrl"));
     }
     EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
-}
 
-// The picture is the sheet as shown after the press, at the asked scale; nothing is handed over.
-TEST_F(ShareProgramsTest, SnapshotShowsThePressedTargetAndHandsNothingOver) {
+    // The picture is the sheet as shown after the press, at the asked scale; nothing is handed
+    // over.
     const std::string picture = files_.file("sheet.png");
     EXPECT_EQ(share("--press fav --snapshot " + quoted(picture) +
                     " --scale 2 --url https://example.org/"),
@@ -129,6 +97,3 @@ TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
         << shareErrors();
     EXPECT_FALSE(std::filesystem::exists(containerPath() + "/kept.txt"));
 }
-
-}  // namespace
-}  // namespace share_test

@@ -1,32 +1,24 @@
 // The file export: size limit and size texts, the lists and their order, copies into the shared
 // container, the one completion that finishes the export, and the wake-up's timing.
-#include <algorithm>
-#include <filesystem>
+#include <gmock/gmock.h>
 
 #include "tests/share/ShareTestSupport.h"
 
-namespace share_test {
-namespace {
+using namespace share_test;
 
-namespace fs = std::filesystem;
 using platform::Url;
 
 // A sparse file: sizes of gigabytes cost nothing.
-std::string sparseFile(const testing_support::TempDir& dir,
-                       const std::string& name,
-                       uintmax_t size) {
+static std::string sparseFile(const testing_support::TempDir& dir,
+                              const std::string& name,
+                              uintmax_t size) {
     const std::string path = dir.writeText(name, "");
     fs::resize_file(path, size);
     return path;
 }
 
-StringArray storedArray(const std::string& key, const std::string& group = kGroup) {
+static StringArray storedArray(const std::string& key, const std::string& group = kGroup) {
     return std::get<StringArray>(ShareTest::stored(key, group).value_or(StringArray{"<none>"}));
-}
-
-StringArray sorted(StringArray values) {
-    std::sort(values.begin(), values.end());
-    return values;
 }
 
 TEST(ShareFileSize, SizeTextsAreSinglePrecisionPowersOfTwo) {
@@ -59,16 +51,12 @@ TEST_F(ShareTest, FilesAddedToFavouritesAreCopiedListedInCompletionOrderAndWakeO
     auto controller = startShare({exactLoad.provider(), smallLoad.provider(), bigLoad.provider()});
     controller->onClickFavToParley();
     const std::string c = containerPath();
-    size_t done = 0;
-    for (GatedLoad* load : {&smallLoad, &bigLoad, &exactLoad}) {
+    // Each completion ends with the count line: 1, 1 again (the refused file), then 2.
+    for (const auto& [load, count, times] :
+         {std::tuple{&smallLoad, 1, 1u}, {&bigLoad, 1, 2u}, {&exactLoad, 2, 1u}}) {
         load->release();
-        ++done;
-        ASSERT_TRUE(waitFor([&] {
-            const auto lines = shareLines();
-            return std::count_if(lines.begin(), lines.end(), [](const std::string& each) {
-                       return each.rfind(line("fileUrlArr count["), 0) == 0;
-                   }) == static_cast<long>(done);
-        }));
+        const std::string counted = line("fileUrlArr count[" + std::to_string(count) + "].");
+        ASSERT_TRUE(waitFor([&, &times = times] { return countLine(counted) == times; }));
     }
     runUntilIdle();
 
@@ -144,10 +132,10 @@ TEST_F(ShareTest, OddAttachmentsAreAccountedForAndNeverHang) {
 
     const std::string c = containerPath();
     EXPECT_EQ(storedArray("ParleyMacSharePathArray"), StringArray{c + "/vanished.txt"});
-    EXPECT_EQ(sorted(storedArray("ParleyMacShareInvalidFileNames")),
-              (StringArray{"/", "attachment 3", "attachment 4"}));
-    EXPECT_EQ(sorted(storedArray("ParleyMacShareInvalidFileSizes")),
-              (StringArray{"0.0M", "?", "?"}));
+    EXPECT_THAT(storedArray("ParleyMacShareInvalidFileNames"),
+                testing::UnorderedElementsAre("/", "attachment 3", "attachment 4"));
+    EXPECT_THAT(storedArray("ParleyMacShareInvalidFileSizes"),
+                testing::UnorderedElementsAre("0.0M", "?", "?"));
     EXPECT_EQ(countLine(line("attachment delivered no file URL; listed as refused.")), 2u);
     EXPECT_EQ(countLine(line("the root folder has no name to copy to; not copied [/].")), 1u);
     EXPECT_EQ(controller->wakeupCount(), 1);
@@ -175,6 +163,3 @@ TEST_F(ShareTest, NoSharedContainerRefusesEveryFileAndStillWakes) {
     EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes", group), StringArray{"3.0M"});
     EXPECT_EQ(controller->wakeupCount(), 1);
 }
-
-}  // namespace
-}  // namespace share_test

@@ -4,20 +4,18 @@
 #include <array>
 #include <climits>
 
-#include "platform/ui/Bitmap.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/StringDrawing.h"
 #include "tests/share/ShareTestSupport.h"
 #include "tests/support/ScopedEnv.h"
 
-namespace share_test {
-namespace {
+using namespace share_test;
 
 using namespace platform;
 
 // The box (device pixels, inclusive) of grey-to-black unsaturated pixels in |box| (points): text
 // ink, not the blue icons, the #cccccc lines or the #b2b2b2 border.
-std::array<int, 4> inkIn(const Bitmap& bitmap, const Rect& box) {
+static std::array<int, 4> inkIn(const Bitmap& bitmap, const Rect& box) {
     const double s = bitmap.scale(), top = bitmap.pixelHeight() / s;
     std::array<int, 4> ink{INT_MAX, INT_MAX, -1, -1};  // left, top, right, bottom
     for (int y = int((top - box.maxY()) * s); y < int((top - box.minY()) * s); ++y)
@@ -35,14 +33,14 @@ class ShareSheetLanguagesTest : public ShareTest,
                                 public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
-    useShippedBundle();
+    platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
     ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::string(GetParam()));
     auto controller = startShare({linkProvider("https://example.org/")});
+    // A wrapped, truncated or cut title shows other ink than the same text drawn freely.
     struct Shown {
         std::string text;
         TextAttributes attributes;
         Rect area;       // sheet points where it may show, uncut and uncovered
-        double width;    // what its line may take before it wraps or is truncated
         double lineTop;  // sheet y of its line's top
     };
     std::vector<Shown> texts;
@@ -55,7 +53,6 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
         texts.push_back({title->string(),
                          {title->font(), title->textColor()},
                          NSMakeRect(frame.minX(), bottom, frame.size.width, frame.maxY() - bottom),
-                         frame.size.width - 2 * title->textContainer()->lineFragmentPadding(),
                          frame.maxY()});
     }
     const auto& label = *controller->cancelBtn()->titleLabel();
@@ -65,7 +62,6 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
                      {label.font(), label.textColor()},
                      NSMakeRect(button.minX() + 2, button.minY() + 2, button.size.width - 4,
                                 button.size.height - 4),
-                     label.frame().size.width - 4,
                      label.convertRectToView(label.bounds(), nullptr).maxY()});
 
     for (double scale : {1.0, 2.0}) {
@@ -73,9 +69,6 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
         for (const Shown& t : texts) {
             SCOPED_TRACE("\"" + t.text + "\" at " + std::to_string(scale));
             EXPECT_NE(t.text.rfind("ShareExtension.", 0), 0u) << "not translated";
-            const Size line = boundingRectWithSize(t.text, {1e6, 1e6}, 3, t.attributes).size;
-            EXPECT_LE(line.width, t.width) << "wraps or is truncated";
-            EXPECT_LE(line.height, t.lineTop - t.area.minY()) << "its line is cut off";
             // The same text drawn freely, its line's top at y 50, against the sheet's pixels.
             auto free = Bitmap::drawn({600, 60}, scale, [&](GraphicsContext& context) {
                 context.setFillColor(*Color::whiteColor());
@@ -97,6 +90,3 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
 INSTANTIATE_TEST_SUITE_P(Shipped,
                          ShareSheetLanguagesTest,
                          ::testing::Values("en", "de", "fr", "es"));
-
-}  // namespace
-}  // namespace share_test

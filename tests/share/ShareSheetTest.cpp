@@ -6,8 +6,7 @@
 #include "platform/ui/Window.h"
 #include "tests/share/ShareTestSupport.h"
 
-namespace share_test {
-namespace {
+using namespace share_test;
 
 using platform::EventType;
 
@@ -21,21 +20,14 @@ constexpr int kSheet = 0xF7, kTinted = 222, kLine = 204, kTintedLine = 184;
 const platform::Point kFavTitle{132, 104}, kSendGap{250.5, 150.5}, kFavGap{250.5, 100.5},
     kCancel{311, 39.5}, kOff{40.5, 320.5}, kSendEdge{5, 170};
 
-struct Step {
-    EventType type;
-    platform::Point at;
-};
-
+// Presses and releases, each where the pointer is.
+using Steps = std::vector<std::pair<EventType, platform::Point>>;
 // The sheet after a sequence of steps.
-struct Outcome {
-    bool sendTinted, favTinted;
-    ShareEntry entry;
-    State state;
-};
+using Outcome = std::tuple<bool, bool, ShareEntry, State>;  // send tinted, fav tinted
 
 struct Sequence {
     const char* name;
-    std::vector<Step> steps;
+    Steps steps;
     Outcome outcome;
     std::vector<int> probes;  // x, y (pixel centres, sheet points) and grey level, in threes
 };
@@ -47,14 +39,13 @@ class ShareSheetTest : public ShareTest {
         controller = startShare({linkProvider("https://example.org/")});
         platform::Window window(platform::NSMakeRect(100, 100, 376, 370));
         window.setContentView(controller->view());
-        for (const Step& step : sequence.steps) {
-            window.setMouseLocationOutsideOfEventStream(step.at);
-            window.sendEvent(*platform::Event::mouseEvent(step.type, step.at, 1));
+        for (const auto& [type, at] : sequence.steps) {
+            window.setMouseLocationOutsideOfEventStream(at);
+            window.sendEvent(*platform::Event::mouseEvent(type, at, 1));
         }
-        const Outcome& o = sequence.outcome;
         EXPECT_EQ(std::make_tuple(controller->sendHighlighted(), controller->favHighlighted(),
                                   controller->shareEntry(), context_->state()),
-                  std::make_tuple(o.sendTinted, o.favTinted, o.entry, o.state));
+                  sequence.outcome);
         const auto shown = window.snapshot(1.0);
         const auto& p = sequence.probes;
         for (size_t i = 0; i < p.size(); i += 3)
@@ -109,6 +100,3 @@ TEST_F(ShareSheetTest, PressesAndReleasesTintAndClickTheRows) {
     const auto sheet = platform::Bitmap::renderView(*controller->view(), 1.0);
     EXPECT_TRUE(nearRgb(sheet->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
 }
-
-}  // namespace
-}  // namespace share_test

@@ -5,18 +5,13 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <future>
-#include <mutex>
 
 #include "platform/core/Bundle.h"
-#include "platform/core/DefaultsSuite.h"
 #include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/EventLoop.h"
 #include "platform/core/ExtensionContext.h"
-#include "platform/core/ExtensionItem.h"
 #include "platform/core/FileManager.h"
-#include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
 #include "platform/ui/Bitmap.h"
@@ -26,7 +21,9 @@
 
 namespace share_test {
 
+namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
+using platform::ExtensionItem;
 using platform::PropertyValue;
 using platform::StringArray;
 using State = platform::ExtensionContext::State;
@@ -34,13 +31,12 @@ using testing_support::quoted;
 using testing_support::readAll;
 using testing_support::readLines;
 using testing_support::run;
+using Items = std::vector<std::shared_ptr<ExtensionItem>>;
+using Providers = std::vector<std::shared_ptr<platform::ItemProvider>>;
 
 inline const std::string kHostId = PARLEY_HOST_BUNDLE_ID;
 inline const std::string kTeamId = PARLEY_TEAM_ID;
 inline const std::string kGroup = kTeamId + kHostId;
-inline const std::string kShareProgram =
-    std::string(PARLEY_APPEX_DIR) + "/Contents/MacOS/parley-share";
-inline const std::string kHostProgram = std::string(PARLEY_APP_DIR) + "/Contents/MacOS/parley-host";
 
 inline std::string line(const std::string& text) {
     return "[ShareViewController]: " + text;
@@ -69,16 +65,15 @@ class RecordingController : public ShareViewController {
     };
     void wakeupParley() override {
         platform::DefaultsSuite store(shareFolderName());
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            wakeups_.push_back({Clock::now(), platform::MainQueue::isMainThread(),
-                                store.objectForKey("ParleyMacSharePathArray"),
-                                store.objectForKey("ParleyMacShareUrl")});
-        }
+        std::unique_lock lock(mutex_);
+        wakeups_.push_back({Clock::now(), platform::MainQueue::isMainThread(),
+                            store.objectForKey("ParleyMacSharePathArray"),
+                            store.objectForKey("ParleyMacShareUrl")});
+        lock.unlock();
         ShareViewController::wakeupParley();
     }
     std::vector<Wakeup> wakeups() const {
-        std::lock_guard<std::mutex> lock(mutex_);
+        std::lock_guard lock(mutex_);
         return wakeups_;
     }
     int wakeupCount() const { return static_cast<int>(wakeups().size()); }
@@ -119,7 +114,6 @@ class ShareTest : public ::testing::Test {
     void TearDown() override {
         // Nothing may still run against this test's files.
         EXPECT_TRUE(platform::EventLoop::runUntilIdle(std::chrono::seconds(60)));
-        log_.reset();
         platform::Bundle::setMainBundle(nullptr);
     }
 
@@ -137,9 +131,6 @@ class ShareTest : public ::testing::Test {
             << "</dict>\n</plist>\n";
         platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(path));
     }
-    static void useShippedBundle() {
-        platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
-    }
 
     static std::shared_ptr<platform::ItemProvider> fileProvider(const std::string& path) {
         return platform::ItemProvider::withURL(platform::Url::fileURLWithPath(path));
@@ -147,14 +138,11 @@ class ShareTest : public ::testing::Test {
     static std::shared_ptr<platform::ItemProvider> linkProvider(const std::string& url) {
         return platform::ItemProvider::withURL(*platform::Url::URLWithString(url));
     }
-    // A controller with one input item holding |attachments|, its view loaded.
-    std::shared_ptr<RecordingController> startShare(
-        std::vector<std::shared_ptr<platform::ItemProvider>> attachments) {
-        return startShareWithItems(
-            {std::make_shared<platform::ExtensionItem>(std::move(attachments))});
+    // A controller with one input item holding |attachments| (or with |items|), its view loaded.
+    std::shared_ptr<RecordingController> startShare(Providers attachments) {
+        return startShareWithItems({std::make_shared<ExtensionItem>(std::move(attachments))});
     }
-    std::shared_ptr<RecordingController> startShareWithItems(
-        std::vector<std::shared_ptr<platform::ExtensionItem>> items) {
+    std::shared_ptr<RecordingController> startShareWithItems(Items items) {
         context_ = std::make_shared<platform::ExtensionContext>(std::move(items));
         auto controller = ShareViewController::create<RecordingController>();
         controller->setExtensionContext(context_);
@@ -214,10 +202,11 @@ class ShareProgramsTest : public ShareTest {
   protected:
     // Starts parley-host in the background and waits until it reported its start.
     void startHost(const std::string& options) {
-        ASSERT_EQ(std::system((quoted(kHostProgram) + " " + options + " --record-file " +
-                               quoted(records()) + " >/dev/null 2>&1 &")
-                                  .c_str()),
-                  0);
+        ASSERT_EQ(
+            std::system((quoted(PARLEY_APP_DIR "/Contents/MacOS/parley-host") + " " + options +
+                         " --record-file " + quoted(records()) + " >/dev/null 2>&1 &")
+                            .c_str()),
+            0);
         ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 1; }));
     }
     std::string records() const { return files_.file("records.jsonl"); }
@@ -225,8 +214,9 @@ class ShareProgramsTest : public ShareTest {
     // The shell command running parley-share with |arguments| in |environment| (env words).
     std::string shareCommand(const std::string& arguments,
                              const std::string& environment = "") const {
-        return (environment.empty() ? "" : "env " + environment + " ") + quoted(kShareProgram) +
-               " " + arguments + " >/dev/null 2>" + quoted(files_.file("share.err"));
+        return (environment.empty() ? "" : "env " + environment + " ") +
+               quoted(PARLEY_APPEX_DIR "/Contents/MacOS/parley-share") + " " + arguments +
+               " >/dev/null 2>" + quoted(files_.file("share.err"));
     }
     int share(const std::string& arguments, const std::string& environment = "") const {
         return run(shareCommand(arguments, environment));

@@ -21,13 +21,10 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::writeFile(const std::string& name, size_t bytes) const {
-    std::string block(64 * 1024, '\0');
-    for (size_t i = 0; i < block.size(); ++i)
-        block[i] = static_cast<char>('a' + i % 26);
-    std::ofstream out(file(name), std::ios::binary);
-    for (size_t n = 0; bytes > 0; bytes -= n)
-        out.write(block.data(), static_cast<std::streamsize>(n = std::min(bytes, block.size())));
-    return file(name);
+    std::string pattern(bytes, '\0');
+    for (size_t i = 0; i < bytes; ++i)
+        pattern[i] = static_cast<char>('a' + i % 26);
+    return writeText(name, pattern);
 }
 
 std::string TempDir::writeText(const std::string& name, const std::string& text) const {

@@ -12,7 +12,7 @@ static double singlePrecision(int v) {
 
 // Components are single-precision quotients widened to double (247/255 as a float is not the double
 // quotient); eight digits read alpha first. The forward-compatible colour has the same components.
-TEST(ColorSExt, HexDigitsGiveDeviceRGBComponents) {
+TEST(ColorSExt, HexDigitsGiveDeviceRGBComponentsAndMalformedOnesNoColour) {
     const std::pair<const char*, std::vector<double>> cases[] = {
         {"F7a2FF", {singlePrecision(247), singlePrecision(162), 1, 1}},
         {"#80FF0012", {1, 0, singlePrecision(0x12), singlePrecision(128)}},
@@ -28,9 +28,7 @@ TEST(ColorSExt, HexDigitsGiveDeviceRGBComponents) {
         platform::CGColorRelease(cg);
         EXPECT_EQ(expected, components) << text;
     }
-}
-
-TEST(ColorSExt, MalformedStringsGiveNoColour) {
+    // Malformed strings give no colour.
     EXPECT_EQ(nullptr, SExt::colorWithHex(std::nullopt));
     for (const char* text :
          {"", "#", "#FFF", "#FFFFFFF", "##FFFFFF", "#FFFFFFFFF", " FFFFFF", "0xFFFFFF", "#GG0000",

@@ -3,7 +3,10 @@
 #include "viewkit/PLSExtraLightDivider.h"
 #include "viewkit/PLSLightDivider.h"
 
-TEST(PLSDivider, FixedDividersPaintTheirLayer) {
+// Fixed dividers paint their layer. The custom colour is drawn over the grey layer; an unset colour
+// is #e2e2e2 and an unset or zero alpha becomes the view's own alpha, so a divider is never
+// invisible.
+TEST(PLSDivider, FixedDividersPaintTheirLayerACustomOneItsColourOverTheGrey) {
     const double grey = static_cast<double>(226.0f / 255.0f);
     const std::pair<std::shared_ptr<platform::View>, std::vector<double>> cases[] = {
         {std::make_shared<PLSDivider>(NSMakeRect(0, 0, 10, 1)), {grey, grey, 1.0}},
@@ -15,19 +18,14 @@ TEST(PLSDivider, FixedDividersPaintTheirLayer) {
         platform::CGColorGetComponents(divider->layer()->backgroundColor(), rgba);
         EXPECT_EQ(expected, (std::vector<double>{rgba[0], rgba[2], rgba[3]}));
     }
-}
-
-// The custom colour is drawn over the grey layer; an unset colour is #e2e2e2 and an unset or zero
-// alpha becomes the view's own alpha, so a divider is never invisible.
-TEST(PLSCustomDivider, ColourAndAlphaOverTheGreyLayer) {
     // Colour, alpha (-1 unset), the view's alpha, the alpha it settles on, the grey level at full
     // opacity (-1 for nothing opaque).
-    const std::tuple<const char*, double, double, double, int> cases[] = {
+    const std::tuple<const char*, double, double, double, int> custom[] = {
         {"#000000", 0.1, 1.0, 0.1, 204},  // 0.9 * 226 = 203.4
         {nullptr, -1, 1.0, 1.0, 226},
         {"#000000", 0.0, 0.5, 0.5, -1},
     };
-    for (const auto& [colour, alpha, viewAlpha, settledAlpha, grey] : cases) {
+    for (const auto& [colour, alpha, viewAlpha, settledAlpha, grey] : custom) {
         auto divider = std::make_shared<PLSCustomDivider>(NSMakeRect(0, 0, 20, 4));
         divider->setAlphaValue(viewAlpha);
         if (colour)

@@ -45,7 +45,7 @@ TEST_F(PLSTextViewTest, KeyClosuresConsumeOnTrueAndPassOnFalse) {
 // Mouse events go where their press went: all of them up the chain while ignoring mouse events (the
 // closures skipped), the press to its closure (no caret, no drag selection) or else to the base,
 // which selects on a drag. Only tracked enter and exit reach their closures.
-TEST_F(PLSTextViewTest, MouseEventsGoWhereThePressWent) {
+TEST_F(PLSTextViewTest, MouseEventsGoWhereThePressWentAndTheFrameVeto) {
     text->setMouseUpBlock(note("up"));
     text->setMouseDidEnteredBlock(note("entered"));
     text->setMouseDidExitBlock(note("exited"));
@@ -67,9 +67,7 @@ TEST_F(PLSTextViewTest, MouseEventsGoWhereThePressWent) {
     EXPECT_EQ((std::vector<std::string>{"down", "up", "up", "entered", "exited"}), calls);
     EXPECT_EQ((std::vector<int>{1, 2, 0, 0}), parent->clicks);
     EXPECT_EQ(1, parent->drags);
-}
 
-TEST_F(PLSTextViewTest, FrameVetoRefusesOriginAndSizeAlike) {
     std::vector<platform::Point> asked;
     bool refuse = true;
     text->setShouldDisableSetFrameOrigin([&](double x, double y) {

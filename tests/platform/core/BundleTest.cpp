@@ -25,7 +25,7 @@ static std::string makeBundle(const TempDir& dir, const std::vector<std::string>
     return dir.file("Ext.appex");
 }
 
-TEST(BundleTest, FoundFromItsExecutableWithInfoValuesAndResources) {
+TEST(BundleTest, FoundFromItsExecutableWithInfoValuesResourcesAndLocalizedStrings) {
     TempDir dir;
     const std::string path = makeBundle(dir, {"en"});
     auto bundle = Bundle::bundleContainingExecutable(path + "/Contents/MacOS/Ext");
@@ -52,13 +52,11 @@ TEST(BundleTest, FoundFromItsExecutableWithInfoValuesAndResources) {
         EXPECT_TRUE(Bundle(dir.file(name)).bundleIdentifier().empty() && !log.lines().empty())
             << name;
     }
-}
 
-// The first table that has the key wins, in the order LANGUAGE (unless the locale is C), LC_ALL,
-// LC_MESSAGES, LANG, each language with and without its region, then English. "" is unset.
-TEST(BundleTest, LocalizedStringsFollowTheUserLanguagesThenEnglish) {
-    TempDir dir;
-    Bundle bundle(makeBundle(dir, {"en", "de", "pt_BR"}));
+    // The first table that has the key wins, in the order LANGUAGE (unless the locale is C),
+    // LC_ALL, LC_MESSAGES, LANG, each language with and without its region, then English. "" is
+    // unset.
+    Bundle tables(makeBundle(dir, {"en", "de", "pt_BR"}));
     // clang-format off
     const char* cases[][5] = {  // LANGUAGE, LC_ALL, LANG, key, expected
         {"", "", "de_DE.UTF-8", "Greeting", "de hello"},
@@ -73,8 +71,8 @@ TEST(BundleTest, LocalizedStringsFollowTheUserLanguagesThenEnglish) {
     for (const auto& c : cases) {
         ScopedEnv language("LANGUAGE", optional(c[0])), all("LC_ALL", optional(c[1])),
             lang("LANG", c[2]);
-        EXPECT_EQ(bundle.localizedStringForKey(c[3], "", "ShareLocalizable"), c[4]) << c[2];
+        EXPECT_EQ(tables.localizedStringForKey(c[3], "", "ShareLocalizable"), c[4]) << c[2];
     }
-    EXPECT_EQ(bundle.localizedStringForKey("NoSuchKey", "Default", "ShareLocalizable"), "Default");
-    EXPECT_EQ(bundle.localizedStringForKey("Greeting", "", "NoSuchTable"), "Greeting");
+    EXPECT_EQ(tables.localizedStringForKey("NoSuchKey", "Default", "ShareLocalizable"), "Default");
+    EXPECT_EQ(tables.localizedStringForKey("Greeting", "", "NoSuchTable"), "Greeting");
 }

@@ -10,7 +10,7 @@ static size_t running(const char* bundleIdentifier) {
 }
 
 // Invalid names never reach the bus: even with no bus at all, a look-up has nothing to log.
-TEST(BusServicesTest, RunningApplicationFollowsBusNameOwnership) {
+TEST(BusServicesTest, NamesAndPostsFromAnyThreadReachTheMainThread) {
     EXPECT_EQ(running("com.parleyapp.NotRunning"), 0u);
     ASSERT_TRUE(RunningApplication::registerAsRunning("com.parleyapp.Parley"));
     EXPECT_TRUE(RunningApplication::registerAsRunning("com.parleyapp.Parley"));  // harmless
@@ -21,11 +21,9 @@ TEST(BusServicesTest, RunningApplicationFollowsBusNameOwnership) {
         LogCapture log;
         EXPECT_TRUE(running(invalid) == 0 && log.lines().empty()) << invalid;
     }
-}
 
-// Posts from this process's threads and from another process reach the observer on the main
-// thread; other names, invalid ones and a destroyed observer hear nothing.
-TEST(BusServicesTest, ObserverReceivesPostsFromAnyThreadOnTheMainThread) {
+    // Posts from this process's threads and from another process reach the observer on the main
+    // thread; other names, invalid ones and a destroyed observer hear nothing.
     std::atomic<int> received{0}, posted{0};  // a delivery off the main thread counts 100
     auto observer = DistributedNotificationCenter::defaultCenter().addObserverForName(
         "ParleyMacShare_Notification", [&] { received += MainQueue::isMainThread() ? 1 : 100; });

@@ -9,7 +9,6 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "platform/core/Bundle.h"
@@ -27,9 +26,11 @@
 #include "platform/core/Url.h"
 #include "platform/core/WorkerPool.h"
 #include "platform/core/Workspace.h"
+#include "tests/support/ProcessSupport.h"
 #include "tests/support/ScopedEnv.h"
 #include "tests/support/TempDir.h"
 
+using testing_support::readAll;
 using testing_support::TempDir;
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
@@ -38,11 +39,6 @@ inline mode_t modeOf(const std::string& path) {
     struct stat st {};
     EXPECT_EQ(::lstat(path.c_str(), &st), 0) << path;
     return st.st_mode & 07777;
-}
-
-inline std::string contentsOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 using namespace platform;

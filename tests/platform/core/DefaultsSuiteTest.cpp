@@ -34,7 +34,7 @@ TEST(DefaultsSuiteTest, SynchronizeSharesAndMergesWrites) {
 
 // A damaged file is logged, read as empty, set aside when corrupt and replaced at the next
 // synchronize, even one with nothing to write.
-TEST(DefaultsSuiteTest, CorruptOrUnreadableFileIsLoggedReadAsEmptyAndReplaced) {
+TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
     for (bool corrupt : {true, false}) {
         SCOPED_TRACE(corrupt ? "corrupt" : "unreadable");
         if (!corrupt && geteuid() == 0)
@@ -52,9 +52,7 @@ TEST(DefaultsSuiteTest, CorruptOrUnreadableFileIsLoggedReadAsEmptyAndReplaced) {
         ASSERT_TRUE(damaged.synchronize());
         EXPECT_EQ(DefaultsSuite(suite).objectForKey("k"), text("v"));
     }
-}
 
-TEST(DefaultsSuiteTest, OddSuiteNamesGetFilesOfTheirOwnInsideTheFolder) {
     const std::string folder = fs::path(DefaultsSuite::pathForSuite("plain")).parent_path();
     const std::vector<std::string> names = {"", ".", "..", "../../escape", "a/b", "%2F", "a%2Fb"};
     std::set<std::string> paths;

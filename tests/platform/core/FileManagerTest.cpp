@@ -4,7 +4,7 @@ static bool copy(const std::string& from, const std::string& to, std::string* er
     return FileManager::defaultManager().copyItemAtPath(from, to, error);
 }
 
-TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
+TEST(FileManagerTest, ContainerIsPrivateAndCopiesKeepFilesFoldersAndLinks) {
     auto& manager = FileManager::defaultManager();
     auto container = manager.containerURLForSecurityApplicationGroupIdentifier(
         "P4RL3YSH4R.com.parleyapp.Parley");
@@ -19,17 +19,14 @@ TEST(FileManagerTest, ContainerIsCreatedPrivateUnderTheDataFolder) {
                      log.lines().empty())
             << group;
     }
-}
 
-// Contents and mode bits (less set-user and set-group) are copied, for empty, small and large
-// files alike; a folder is copied whole with its links as links, dangling ones too.
-TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
-    TempDir dir;
+    // Contents and mode bits (less set-user and set-group) are copied, for empty, small and large
+    // files alike; a folder is copied whole with its links as links, dangling ones too.
     for (size_t size : {size_t(0), size_t(100000), size_t(24 * 1024 * 1024 + 123)}) {
         const std::string source = dir.writeFile("source" + std::to_string(size), size);
         ASSERT_EQ(::chmod(source.c_str(), size ? 06750 : 0640), 0);
         ASSERT_TRUE(copy(source, source + "-copy")) << size;
-        EXPECT_TRUE(contentsOf(source + "-copy") == contentsOf(source)) << size;
+        EXPECT_TRUE(readAll(source + "-copy") == readAll(source)) << size;
         EXPECT_EQ(modeOf(source + "-copy"), size ? 0750u : 0640u) << size;
     }
     fs::create_directories(dir.file("tree/sub"));
@@ -39,7 +36,7 @@ TEST(FileManagerTest, CopiesFilesFoldersAndLinks) {
     ASSERT_EQ(::chmod(dir.file("tree/sub").c_str(), 0750), 0);
     ASSERT_TRUE(copy(dir.file("tree"), dir.file("tree-copy")) &&
                 copy(dir.file("dangling"), dir.file("dangling-copy")));
-    EXPECT_EQ(contentsOf(dir.file("tree-copy/sub/b.txt")), "beta");
+    EXPECT_EQ(readAll(dir.file("tree-copy/sub/b.txt")), "beta");
     EXPECT_EQ(fs::read_symlink(dir.file("tree-copy/sub/link")), "b.txt");
     EXPECT_EQ(fs::read_symlink(dir.file("dangling-copy")), "/nonexistent/target");
     EXPECT_EQ(modeOf(dir.file("tree-copy/sub")), 0750u);
@@ -65,7 +62,7 @@ TEST(FileManagerTest, RefusesWhatItMustNotCopyAndLeavesNothing) {
         EXPECT_FALSE(copy(dir.file(refused[i]), dir.file(refused[i + 1]), &error)) << refused[i];
         EXPECT_FALSE(error.empty()) << refused[i + 1];
     }
-    EXPECT_EQ(contentsOf(victim), "keep me");
+    EXPECT_EQ(readAll(victim), "keep me");
     EXPECT_FALSE(fs::exists(dir.file("would-be-created")) || fs::exists(dir.file("x")) ||
                  fs::exists(fs::symlink_status(dir.file("fifo-copy"))));
 

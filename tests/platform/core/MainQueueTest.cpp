@@ -28,22 +28,3 @@ TEST(MainQueueTest, TasksFromWorkersRunInOrderAndByDueTimeOnTheMainThread) {
     EXPECT_EQ(std::vector<int>(order.begin() + 100, order.end()), std::vector<int>({-2, -3, -1}));
     EXPECT_TRUE(late[100] >= 30ms && late[101] >= 30ms && late[102] >= 120ms);
 }
-
-// Pending work counts a delayed task until it runs; a task may post a task and run the loop; only
-// the main thread is the main thread.
-TEST(MainQueueTest, PendingWorkNestedRunsAndMainThreadChecks) {
-    int depth = 0;
-    MainQueue::after(50'000'000, [&] {
-        MainQueue::async([&] { depth = 2; });
-        depth = 1;
-        EXPECT_TRUE(EventLoop::runUntil([&] { return depth == 2; }, 5s));
-    });
-    EventLoop::processEvents();
-    EXPECT_TRUE(EventLoop::pendingWork() == 1 && depth == 0);
-    ASSERT_TRUE(EventLoop::runUntilIdle(5s));
-    EXPECT_EQ(depth, 2);
-    bool workerIsMain = true;
-    std::thread([&] { workerIsMain = MainQueue::isMainThread(); }).join();
-    EXPECT_TRUE(MainQueue::isMainThread() && !workerIsMain);
-    EXPECT_DEATH(std::thread([] { MainQueue::assertMainThread("worker"); }).join(), "");
-}

@@ -3,18 +3,14 @@
 using namespace platform;
 using namespace pixel_test;
 
-namespace {
-
 class DrawingTest : public ScaledTest {};
 
-ImagePtr imageOf(Size size, std::function<void()> draw) {
+static ImagePtr imageOf(Size size, std::function<void()> draw) {
     return Image::imageWithSize(size, false, [draw](const Rect&) {
         draw();
         return true;
     });
 }
-
-}  // namespace
 
 // The origin is the bottom-left corner; colours blend over what is there; save and restore nest
 // translations, colours, clips and alpha; an unbalanced restore is ignored.

@@ -6,18 +6,16 @@
 using namespace platform;
 using namespace pixel_test;
 
-namespace {
-
-ImagePtr redImage(Size size) {
+static ImagePtr redImage(Size size) {
     return Image::imageWithSize(size, false, [](const Rect& destination) {
         fill(kRed, destination);
         return true;
     });
 }
 
-}  // namespace
-
-TEST(ImageViewTest, ImageRectByScalingAndDrawing) {
+// Placement by scaling and drawing where it says. The action goes to a target that answers it, with
+// the view as sender; the target is weak. A press on the image reaches the view holding it.
+TEST(ImageViewTest, ImageRectByScalingDrawingActionAndPresses) {
     ImageView view(NSMakeRect(0, 0, 60, 40));
     EXPECT_EQ(NSZeroRect, view.imageRect());
     const struct {
@@ -38,31 +36,27 @@ TEST(ImageViewTest, ImageRectByScalingAndDrawing) {
         EXPECT_EQ(c.expected, view.imageRect()) << NSStringFromSize(c.image);
     }
     // Drawn where imageRect says: 20 x 10 centred in 60 x 40.
-    expectPixels(*Bitmap::renderView(view, 2), {{20.25, 15.25, kRed}, {19.75, 20, kClear}});
-    expectPixels(*Bitmap::renderView(view, 2), {{30, 25.25, kClear}});
-}
+    expectPixels(*Bitmap::renderView(view, 2),
+                 {{20.25, 15.25, kRed}, {19.75, 20, kClear}, {30, 25.25, kClear}});
 
-// The action goes to a target that answers it, with the view as sender; the target is weak. A
-// press on the image reaches the view holding it.
-TEST(ImageViewTest, SendActionAndPressesPassThrough) {
-    auto view = std::make_shared<ImageView>(NSMakeRect(30, 13, 23, 23));
-    view->setImage(redImage({23, 23}));
-    EXPECT_FALSE(view->sendAction());
+    auto button = std::make_shared<ImageView>(NSMakeRect(30, 13, 23, 23));
+    button->setImage(redImage({23, 23}));
+    EXPECT_FALSE(button->sendAction());
     auto target = std::make_shared<Responder>();
     std::shared_ptr<void> sender;
     target->registerAction("open:", [&](const std::shared_ptr<void>& object) { sender = object; });
-    view->setTarget(target);
-    view->setAction("close:");
-    EXPECT_FALSE(view->sendAction());
-    view->setAction("open:");
-    EXPECT_TRUE(view->sendAction());
-    EXPECT_EQ(view.get(), static_cast<ImageView*>(sender.get()));
+    button->setTarget(target);
+    button->setAction("close:");
+    EXPECT_FALSE(button->sendAction());
+    button->setAction("open:");
+    EXPECT_TRUE(button->sendAction());
+    EXPECT_EQ(button.get(), static_cast<ImageView*>(sender.get()));
     target.reset();
-    EXPECT_FALSE(view->sendAction());
+    EXPECT_FALSE(button->sendAction());
 
     RecordingWindow window(NSMakeRect(0, 0, 100, 50));
     window.setContentView(std::make_shared<View>());
-    window.contentView()->addSubview(view);
+    window.contentView()->addSubview(button);
     window.sendEvent(*Event::mouseEvent(EventType::LeftMouseDown, {40, 20}, 1));
     EXPECT_EQ(1, window.mouseDowns);
 }

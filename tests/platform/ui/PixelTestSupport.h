@@ -95,7 +95,6 @@ struct InkBox {
     int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
     bool empty() const { return right < 0; }
     double midX() const { return (left + right) / 2.0; }
-    int height() const { return bottom - top + 1; }
 };
 
 inline InkBox inkOf(

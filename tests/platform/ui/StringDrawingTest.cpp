@@ -5,47 +5,38 @@
 #include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
-using pixel_test::InkBox;
-using pixel_test::inkOf;
-
-namespace {
+using namespace pixel_test;
 
 constexpr unsigned kFragmentAndLeading =
     NSStringDrawingUsesLineFragmentOrigin | NSStringDrawingUsesFontLeading;
 const TextAttributes kAttributes{Font::systemFontOfSize(13), nullptr};
 
-double lineHeight(bool withLeading) {
+static double lineHeight(bool withLeading) {
     const Font& font = *kAttributes.font;
     return font.ascender() - font.descender() + (withLeading ? font.leading() : 0);
 }
 
-Rect bounding(const std::string& s, double w = DBL_MAX, unsigned options = kFragmentAndLeading) {
+static Rect bounding(std::string s, double w = DBL_MAX, unsigned options = kFragmentAndLeading) {
     return boundingRectWithSize(s, {w, DBL_MAX}, options, kAttributes);
 }
 
 // The ink of |text| drawn into |rect| of a 100 x 40 canvas.
-InkBox drawn(const std::string& text, Rect rect, int alignment, int mode, double size = 12) {
+static InkBox drawn(const std::string& text, Rect rect, int alignment, int mode, double size = 12) {
     TextAttributes attributes{Font::systemFontOfSize(size), Color::blackColor()};
     return inkOf(*pixel_test::render(100, 40, 1, [&](GraphicsContext&) {
         drawStringInRect(text, rect, attributes, alignment, mode);
     }));
 }
 
-}  // namespace
-
-// Metrics are in points whatever the screen's resolution: about 1.16 em for this face.
-TEST(StringDrawingTest, SystemFontIsLiberationSansWithPlausibleMetrics) {
+// Font metrics are in points whatever the screen's resolution: about 1.16 em for this face. A line
+// is as high as the font with or without leading, as wide as its natural advance (not rounded);
+// without the line fragment origin it hangs from the baseline. Narrow widths wrap at words;
+// newlines start lines.
+TEST(StringDrawingTest, FontMetricsBoundingRectsCaretsAndSelections) {
     auto font = Font::systemFontOfSize(20);
-    EXPECT_EQ("Liberation Sans", font->familyName());
-    EXPECT_GT(font->ascender() - font->descender(), 20);
-    EXPECT_LT(font->ascender() - font->descender(), 26);
+    const double height = font->ascender() - font->descender();
+    EXPECT_TRUE(font->familyName() == "Liberation Sans" && height > 20 && height < 26) << height;
     EXPECT_NEAR(2 * Font::systemFontOfSize(10)->ascender(), font->ascender(), 1.0 / 32);
-}
-
-// A line is as high as the font with or without leading, as wide as its natural advance (not
-// rounded); without the line fragment origin it hangs from the baseline. Narrow widths wrap at
-// words; newlines start lines.
-TEST(StringDrawingTest, BoundingRectsOfLinesAndWraps) {
     EXPECT_EQ(NSZeroRect, bounding(""));
     const Rect both = bounding("Cancel");
     EXPECT_EQ(Point(), both.origin);
@@ -67,21 +58,16 @@ TEST(StringDrawingTest, BoundingRectsOfLinesAndWraps) {
     const Rect twoLines = bounding("short\nmuch longer line");
     EXPECT_DOUBLE_EQ(2 * lineHeight(true), twoLines.size.height);
     EXPECT_DOUBLE_EQ(bounding("much longer line").size.width, twoLines.size.width);
-}
 
-TEST(StringDrawingTest, CaretAndSelectionFollowUtf8Offsets) {
-    const std::string text = "caf\xc3\xa9 au lait";  // é is two bytes
-    EXPECT_EQ(NSMakeRect(0, 0, 0, lineHeight(true)), caretRectInText(text, 1000, kAttributes, 0));
-    EXPECT_NEAR(usedSizeForText(text, 1000, kAttributes).width,
-                caretRectInText(text, 1000, kAttributes, text.size()).origin.x, 0.01);
-    const Rect afterE = caretRectInText(text, 1000, kAttributes, 5);
-    EXPECT_EQ(5u, characterIndexForPointInText(text, 1000, kAttributes, {afterE.origin.x, 2}));
-    auto rects = selectionRectsInText(text, 1000, kAttributes, 0, 5);
-    ASSERT_EQ(1u, rects.size());
-    EXPECT_NEAR(afterE.origin.x, rects[0].size.width, 0.01);
-    auto wrapped = selectionRectsInText("alpha beta gamma", 40, kAttributes, 0, 16);
-    ASSERT_GE(wrapped.size(), 2u);  // one rectangle per line, each a line lower
-    EXPECT_DOUBLE_EQ(lineHeight(true), wrapped[1].origin.y);
+    // Carets and selections follow UTF-8 offsets; an empty text's caret is a line high; a wrapped
+    // selection has a rectangle per line, each a line lower.
+    const std::string cafe = "caf\xc3\xa9 au lait";  // é is two bytes
+    EXPECT_EQ(NSMakeRect(0, 0, 0, lineHeight(true)), caretRectInText("", 1000, kAttributes, 0));
+    const Rect afterE = caretRectInText(cafe, 1000, kAttributes, 5);
+    EXPECT_EQ(5u, characterIndexForPointInText(cafe, 1000, kAttributes, {afterE.origin.x, 2}));
+    auto perLine = selectionRectsInText("alpha beta gamma", 40, kAttributes, 0, 16);
+    ASSERT_GE(perLine.size(), 2u);
+    EXPECT_DOUBLE_EQ(lineHeight(true), perLine[1].origin.y);
 }
 
 // Alignment places the text, also after reusing a layout; text wider than its rect never draws

@@ -7,9 +7,7 @@
 using namespace platform;
 using namespace pixel_test;
 
-namespace {
-
-std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
+static std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     auto field = std::make_shared<TextField>(frame);
     field->setBordered(false);
     field->setBackgroundColor(Color::clearColor());
@@ -18,30 +16,24 @@ std::shared_ptr<TextField> label(const Rect& frame, const std::string& text) {
     return field;
 }
 
-QImage drawnTitle(double width, bool tightens) {
+static QImage drawnTitle(double width, bool tightens) {
     auto field = label(NSMakeRect(0, 0, width, 20), "Abbrechen");
     field->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     field->setAllowsDefaultTighteningForTruncation(tightens);
     return Bitmap::renderView(*field, 2)->qimage();
 }
 
-}  // namespace
-
-// A new field has a grey border, a white background and black 13-point text; each draws only when
-// asked.
-TEST(TextFieldTest, BackgroundAndBorderDrawOnlyWhenAsked) {
-    auto field = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
-    EXPECT_TRUE(field->font()->pointSize() == 13 && *field->textColor() == *Color::blackColor());
-    expectPixels(*Bitmap::renderView(*field, 1),
+// A new field draws a grey border and a white background, each only when asked. Text sits at the
+// top after the cell's inset, aligned as asked, truncated inside the field; a 16-high label with a
+// 12-point font shows its whole line.
+TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
+    auto plain = std::make_shared<TextField>(NSMakeRect(0, 0, 40, 20));
+    expectPixels(*Bitmap::renderView(*plain, 1),
                  {{20, 10, kWhite}, {0.5, 10, {153, 153, 153, 255}}});
-    field->setBordered(false);
-    field->setDrawsBackground(false);
-    expectPixels(*Bitmap::renderView(*field, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
-}
+    plain->setBordered(false);
+    plain->setDrawsBackground(false);
+    expectPixels(*Bitmap::renderView(*plain, 1), {{20, 10, kClear}, {0.5, 10, kClear}});
 
-// Text sits at the top after the cell's inset, aligned as asked, truncated inside the field; a
-// 16-high label with a 12-point font shows its whole line.
-TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));
     EXPECT_TRUE(ink.bottom < 18 && ink.left >= 2 && ink.left < 6);
@@ -55,11 +47,9 @@ TEST(TextFieldTest, TextSitsAtTheTopOfATallField) {
     clipped->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     ink = inkOf(*Bitmap::renderView(*clipped, 1));
     EXPECT_TRUE(ink.right <= 58 && ink.bottom < 18);  // one line, no wrapping
-}
 
-// A truncating label a little too narrow for its title closes the letters up instead of cutting
-// the title; one far too narrow still truncates, as does every label that does not allow it.
-TEST(TextFieldTighteningTest, OnlyATitleALittleTooWideTightens) {
+    // A truncating label a little too narrow for its title closes the letters up instead of cutting
+    // the title; one far too narrow still truncates, as does every label that does not allow it.
     const double natural =
         boundingRectWithSize("Abbrechen", {1e6, 1e6}, 3, {Font::systemFontOfSize(12), nullptr})
             .size.width;

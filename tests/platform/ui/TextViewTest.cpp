@@ -1,12 +1,10 @@
-// The text view: layout, typing, caret and selection, mouse handling, drawing, focus ring.
+// The text view: typing, caret and selection, mouse handling, drawing.
 #include "platform/ui/TextView.h"
 
 #include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
 using Selection = std::vector<size_t>;
-
-namespace {
 
 class CountingTextView : public TextView {
   public:
@@ -45,31 +43,6 @@ class TextViewTest : public ::testing::Test {
     std::shared_ptr<CountingTextView> text =
         std::make_shared<CountingTextView>(NSMakeRect(20, 20, 200, 100));
 };
-
-}  // namespace
-
-// Not selectable means not editable; editable means selectable again. One line high when empty;
-// words wrap at the width less the padding, and again when the view narrows.
-TEST(TextViewLayoutTest, DefaultsAndUsedRect) {
-    TextView view(NSMakeRect(0, 0, 100, 20));
-    view.setSelectable(false);
-    EXPECT_FALSE(view.isEditable() || view.acceptsFirstResponder());
-    view.setEditable(true);
-    EXPECT_TRUE(view.isSelectable());
-
-    auto used = [&] {
-        return view.layoutManager()->usedRectForTextContainer(view.textContainer());
-    };
-    const double lineHeight = used().size.height;
-    EXPECT_TRUE(used().size.width == 0 && lineHeight > 12);
-    view.setString("W\nWW\nW");
-    EXPECT_DOUBLE_EQ(3 * lineHeight, used().size.height);
-    view.setString("alpha beta gamma delta epsilon zeta eta theta");
-    const Rect wrapped = used();
-    EXPECT_TRUE(wrapped.size.height >= 3 * lineHeight && wrapped.size.width <= 100);
-    view.setFrameSize({60, 20});
-    EXPECT_GT(used().size.height, wrapped.size.height);
-}
 
 // Typing, deleting and moving the caret edit whole characters (malformed input is made
 // well-formed); keys the view does not use go up the chain, all of them once it is not editable.
@@ -123,13 +96,15 @@ TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
     EXPECT_EQ((Selection{0, 5}), selection());
     click(EventType::LeftMouseDown, 8, 3);
     EXPECT_EQ((Selection{0, 11}), selection());
-    text->setSelectable(false);
+    text->setSelectable(false);  // and so not editable
+    EXPECT_FALSE(text->isEditable());
     click(EventType::LeftMouseDown, 0);
     EXPECT_EQ((Selection{0, 11}), selection());
     EXPECT_EQ(1, window.mouseDowns);
 
     // A selection is replaced by typing, extended with shift, collapsed by an arrow.
-    text->setEditable(true);
+    text->setEditable(true);  // and so selectable again
+    EXPECT_TRUE(text->isSelectable());
     ASSERT_TRUE(window.makeFirstResponder(text.get()));
     text->setSelectedRange({0, 5});
     type("J");
@@ -165,4 +140,3 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     window.makeFirstResponder(nullptr);
     EXPECT_TRUE(selected().empty());
 }
-

@@ -4,18 +4,14 @@
 using namespace platform;
 using namespace pixel_test;
 
-namespace {
-
 class RenderViewTest : public ScaledTest {};
 
-ViewPtr layered(const Rect& frame, const Rgba& background) {
+static ViewPtr layered(const Rect& frame, const Rgba& background) {
     auto view = std::make_shared<View>(frame);
     view->setWantsLayer(true);
     view->layer()->setBackgroundColor(colorOf(background)->CGColor());
     return view;
 }
-
-}  // namespace
 
 // Later siblings draw above, subviews are clipped to a parent that asks, frames are bottom-left
 // with y up; hidden subtrees draw nothing; alpha multiplies down the tree.
