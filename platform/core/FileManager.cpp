@@ -7,11 +7,13 @@
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -57,12 +59,60 @@ class Fd {
 
 // Copies one tree entry. Paths in messages are for people; the work is done relative to open
 // directory descriptors so that nothing is followed through a link swapped in meanwhile.
+// The copies this process is writing. Several copies of one share run at once, so one may find
+// the disk full only because another's partial item holds the space, which goes when that copy
+// fails. A copy that ran out of space therefore tries once more when no other is writing, one
+// such retry at a time, if it fits in what is free by then.
+class CopiesInProgress {
+  public:
+    static CopiesInProgress& shared() {
+        static CopiesInProgress copies;
+        return copies;
+    }
+    void begin() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ++writing_;
+    }
+    void end() {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            --writing_;
+        }
+        changed_.notify_all();
+    }
+    // The turn to retry, taken once no copy is writing; held for the retry's length.
+    std::unique_lock<std::mutex> retryTurn() {
+        std::unique_lock<std::mutex> turn(retryMutex_);
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return writing_ == 0; });
+        return turn;
+    }
+
+  private:
+    std::mutex mutex_, retryMutex_;
+    std::condition_variable changed_;
+    int writing_ = 0;
+};
+
+// Whether |source| could fit in the free space of |folder|'s file system: a regular file by its
+// size; a folder is not measured.
+bool mayFit(const std::string& source, const std::string& folder) {
+    struct stat st {};
+    struct statvfs fs {};
+    if (::stat(source.c_str(), &st) != 0 || !S_ISREG(st.st_mode) ||
+        ::statvfs(folder.c_str(), &fs) != 0)
+        return true;
+    return uint64_t(st.st_size) <= uint64_t(fs.f_bavail) * fs.f_frsize;
+}
+
 class Copier {
   public:
     std::string error;
     // A regular file at the top larger than this when opened is not copied (-1: no limit).
     int64_t maxFileBytes = -1;
     bool tooLarge = false;
+    // A write found the file system full.
+    bool noSpace = false;
 
     bool copyEntry(int srcDir,
                    const std::string& srcName,
@@ -94,6 +144,7 @@ class Copier {
   private:
     bool fail(const std::string& shown, int code) {
         error = shown + ": " + std::strerror(code);
+        noSpace = noSpace || code == ENOSPC || code == EDQUOT;
         return false;
     }
 
@@ -439,23 +490,40 @@ CopyResult FileManager::copyItemAtPath(const std::string& source,
             // Checked first so that a taken name costs no copy; the final move checks again.
             reason = destination + ": " + std::strerror(EEXIST);
         } else {
-            Copier copier;
-            copier.maxFileBytes = maxFileBytes;
             std::string srcName = source;
             while (srcName.size() > 1 && srcName.back() == '/')
                 srcName.pop_back();
             const std::string partial = partialName();
-            if (copier.copyEntry(AT_FDCWD, srcName, source, dstParent.get(), partial, destination,
-                                 0) &&
-                moveIntoPlace(dstParent.get(), partial, dstName, reason)) {
-                result = CopyResult::Copied;
-            } else {
-                if (reason.empty())
-                    reason = copier.error;
-                if (copier.tooLarge)
-                    result = CopyResult::TooLarge;
-                std::error_code ignored;
-                std::filesystem::remove_all(folder + "/" + partial, ignored);
+            CopiesInProgress& copies = CopiesInProgress::shared();
+            bool noSpace = false;
+            for (int attempt = 0; attempt < 2 && result == CopyResult::Failed; ++attempt) {
+                std::unique_lock<std::mutex> retryTurn;
+                if (attempt > 0) {
+                    if (!noSpace)
+                        break;
+                    retryTurn = copies.retryTurn();
+                    if (!mayFit(source, folder))
+                        break;
+                    reason.clear();
+                }
+                Copier copier;
+                copier.maxFileBytes = maxFileBytes;
+                copies.begin();
+                const bool copied = copier.copyEntry(AT_FDCWD, srcName, source, dstParent.get(),
+                                                     partial, destination, 0) &&
+                                    moveIntoPlace(dstParent.get(), partial, dstName, reason);
+                if (copied) {
+                    result = CopyResult::Copied;
+                } else {
+                    if (reason.empty())
+                        reason = copier.error;
+                    if (copier.tooLarge)
+                        result = CopyResult::TooLarge;
+                    noSpace = copier.noSpace;
+                    std::error_code ignored;
+                    std::filesystem::remove_all(folder + "/" + partial, ignored);
+                }
+                copies.end();
             }
         }
     }

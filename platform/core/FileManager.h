@@ -37,8 +37,9 @@ class FileManager {
     // The copy is made under a hidden temporary name beside |destination| and moved to its name
     // only when whole, without replacing anything that appeared there meanwhile: an interrupted
     // or failed copy never leaves a partial item under |destination|. A file is copied as it was
-    // when opened: data it gains during the copy is left out. On failure |error| (when given)
-    // receives a readable reason.
+    // when opened: data it gains during the copy is left out. A copy that finds the disk full
+    // while other copies of this process are writing tries once more when they are done, if it
+    // fits in what is free then. On failure |error| (when given) receives a readable reason.
     bool copyItemAtPath(const std::string& source,
                         const std::string& destination,
                         std::string* error = nullptr);

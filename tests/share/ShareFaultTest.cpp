@@ -1,5 +1,6 @@
-// A share is never lost or corrupted: a share killed mid-copy, no space, a read-only store. The
-// store stays readable and whole, and the container holds nothing partial under a final name.
+// A share is never lost or corrupted: a share killed mid-copy, no space, a read-only store, a host
+// killed while it reads. The store stays readable and whole, and the container holds nothing
+// partial under a final name.
 #include <unistd.h>
 
 #include <algorithm>
@@ -81,4 +82,17 @@ TEST_F(ShareFaultTest, ReadOnlyStoreFolderKeepsTheEarlierRecordWhole) {
     EXPECT_NE(shareErrors().find("cannot"), std::string::npos);
     EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://earlier/"));
     EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
+}
+
+// Hosts killed while they read the record at a notification leave it readable and whole. Each
+// host has written its start line (it is on the bus) before the share runs.
+TEST_F(ShareFaultTest, HostKilledWhileReadingLeavesTheStoreReadable) {
+    const std::string lines = quoted(files_.file("host-lines"));
+    for (const std::string url : {"https://example.org/1", "https://example.org/2"}) {
+        run("rm -f " + lines + "; " + quoted(PARLEY_APP_DIR "/Contents/MacOS/parley-host") +
+            " --record-file " + lines + " >/dev/null 2>&1 & for i in $(seq 1000); do [ -s " +
+            lines + " ] && break; sleep 0.01; done; " + shareCommand("--action fav --url " + url) +
+            "; kill -9 $!");
+        EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue(url));
+    }
 }
