@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "platform/core/MainQueue.h"
+#include "platform/core/WorkerPool.h"
 
 namespace platform {
 
@@ -25,6 +26,7 @@ void EventLoop::adoptApplication(QCoreApplication* made) {
 }
 
 EventLoop::~EventLoop() {
+    WorkerPool::shared().finish();
     MainQueue::detachFromEventLoop();
     delete application;
     application = nullptr;

@@ -24,6 +24,14 @@ class Pool {
             std::thread([this] { run(); }).detach();
     }
 
+    // Starts no queued task any more and waits until the running ones have returned.
+    void finish() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        finishing_ = true;
+        tasks_.clear();
+        idle_.wait(lock, [this] { return running_ == 0; });
+    }
+
     void push(std::function<void()> task) {
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -38,9 +46,10 @@ class Pool {
             std::function<void()> task;
             {
                 std::unique_lock<std::mutex> lock(mutex_);
-                wake_.wait(lock, [this] { return !tasks_.empty(); });
+                wake_.wait(lock, [this] { return !tasks_.empty() && !finishing_; });
                 task = std::move(tasks_.front());
                 tasks_.pop_front();
+                ++running_;
             }
             try {
                 task();
@@ -51,12 +60,19 @@ class Pool {
             }
             task = nullptr;  // captured state dies before the work is counted done
             EventLoop::endWork();
+            {
+                std::lock_guard<std::mutex> lock(mutex_);
+                --running_;
+            }
+            idle_.notify_all();
         }
     }
 
     std::mutex mutex_;
-    std::condition_variable wake_;
+    std::condition_variable wake_, idle_;
     std::deque<std::function<void()>> tasks_;
+    int running_ = 0;
+    bool finishing_ = false;
 };
 
 Pool& pool() {
@@ -69,6 +85,10 @@ Pool& pool() {
 WorkerPool& WorkerPool::shared() {
     static WorkerPool workerPool;
     return workerPool;
+}
+
+void WorkerPool::finish() {
+    pool().finish();
 }
 
 void WorkerPool::async(std::function<void()> task) {

@@ -13,6 +13,10 @@ class WorkerPool {
     // Runs |task| on one of the pool's threads. Counts as pending work (see EventLoop) until it
     // has returned.
     void async(std::function<void()> task);
+    // Starts no queued task any more and waits until the running ones have returned, so that no
+    // task outlives the application object and the statics it uses. Called as the event loop
+    // goes away; tasks given afterwards never run.
+    void finish();
 };
 
 }  // namespace platform

@@ -75,3 +75,14 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPictureAndItsCountLine) {
         runUntilIdle();
     }
 }
+
+// Asked only for the tree, a share exits while the card's picture may still be decoding (a large
+// PNG is decoded whole): it waits for the decode rather than pulling the libraries from under it.
+TEST_F(ShareCardTest, ExitingWhileThePictureDecodesEndsCleanly) {
+    ASSERT_TRUE(platform::Bitmap::drawn({2500, 2500}, 1, [](platform::GraphicsContext& c) {
+                    c.setFillColor(*platform::Color::colorWithDeviceRed(0, 0.5, 0, 1));
+                    c.fillRect(platform::NSMakeRect(0, 0, 2500, 2500));
+                })->writePNG(files_.file("large.png")));
+    for (int run = 0; run < 3; ++run)
+        EXPECT_EQ(share("--describe " + quoted(files_.file("large.png"))), 0) << shareErrors();
+}
