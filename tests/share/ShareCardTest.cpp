@@ -8,8 +8,10 @@
 using namespace share_test;
 
 // Card points: the middle of the picture, the middle of its lower band (where a document icon shows
-// its type), its right edge (the multi-file stack's back sheet) and its left edge.
-constexpr int kCentreX = 188, kCentreY = 116, kBandY = 129, kRightX = 213, kLeftX = 160;
+// its type), its right edge (the multi-file stack's back sheet), its left edge and the left edge of
+// a single page.
+constexpr int kCentreX = 188, kCentreY = 116, kBandY = 129, kRightX = 213, kLeftX = 160,
+              kPageEdgeX = 166;
 
 // True when some pixel of the count line's row is darker than the card around it.
 static bool countLineHasInk(const platform::Bitmap& sheet) {
@@ -44,8 +46,11 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPictureAndItsCountLine) {
         // Cropped to the middle third, not stretched: green up to the left edge.
         {quoted(files_.file("photo.JPG")), kLeftX, kCentreY, 0, 255, 0, 8, true},
         {file("a.txt") + " " + file("b.pdf"), kRightX, kCentreY, 0xEC, 0xEC, 0xF0, 3, true},
-        // The blank page: no type where a document shows it.
-        {file("archive.tar.gz"), kCentreX, kBandY, 0xF5, 0xF5, 0xF7, 3, true},
+        // The blank page's outline, for an unknown type and for no extension; a photo that
+        // cannot be read leaves the picture empty.
+        {file("archive.tar.gz"), kPageEdgeX, kCentreY, 196, 196, 202, 6, true},
+        {file("README"), kPageEdgeX, kCentreY, 196, 196, 202, 6, true},
+        {file("broken.jpg"), kPageEdgeX, kCentreY, 247, 247, 247, 3, true},
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.arguments);
