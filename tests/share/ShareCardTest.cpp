@@ -88,6 +88,6 @@ TEST_F(ShareCardTest, ExitingWhileThePictureDecodesEndsCleanly) {
                     c.setFillColor(*platform::Color::colorWithDeviceRed(0, 0.5, 0, 1));
                     c.fillRect(platform::NSMakeRect(0, 0, 2500, 2500));
                 })->writePNG(files_.file("large.png")));
-    for (int run = 0; run < 3; ++run)
+    for (int run = 0; run < 5; ++run)
         EXPECT_EQ(share("--describe " + quoted(files_.file("large.png"))), 0) << shareErrors();
 }
