@@ -16,7 +16,7 @@ export XDG_CACHE_HOME="$work/cache"
 "$build/bench/make_photo" "$work/bare.jpg" 8000 6000
 echo "A few lines of notes." >"$work/notes.txt"
 
-: >"$work/camera"; : >"$work/bare"; : >"$work/text"
+for kind in camera shown bare text; do : >"$work/$kind"; done
 for _ in $(seq "$runs"); do
     for kind in camera shown bare; do
         measure "$build/bin/parley-share" --snapshot "$work/p.png" --scale "$scale" "$work/$kind.jpg" >>"$work/$kind"

@@ -16,6 +16,11 @@ using platform::Size;
 
 namespace {
 
+// Whether |closure| is set and takes |event| over. It runs from a copy: it may replace itself.
+bool handledBy(PLSImageView::HandlingBlock closure, const platform::Event& event) {
+    return closure && closure(event);
+}
+
 // Toolkit releases above this one show aspect fill through a layer.
 constexpr double kLayerAspectFillVersion = 1672.0;
 // The overlay of a highlighted view: black at this alpha.
@@ -217,21 +222,13 @@ void PLSImageView::rightMouseUp(const platform::Event& event) {
 }
 
 void PLSImageView::magnifyWithEvent(const platform::Event& event) {
-    if (magnifyWithEventBlockIsHandled_) {
-        const HandlingBlock block = magnifyWithEventBlockIsHandled_;
-        if (block(event))
-            return;
-    }
-    ImageView::magnifyWithEvent(event);
+    if (!handledBy(magnifyWithEventBlockIsHandled_, event))
+        ImageView::magnifyWithEvent(event);
 }
 
 void PLSImageView::smartMagnifyWithEvent(const platform::Event& event) {
-    if (smartMagnifyWithEventBlock_) {
-        const HandlingBlock block = smartMagnifyWithEventBlock_;
-        if (block(event))
-            return;
-    }
-    ImageView::smartMagnifyWithEvent(event);
+    if (!handledBy(smartMagnifyWithEventBlock_, event))
+        ImageView::smartMagnifyWithEvent(event);
 }
 
 void PLSImageView::touchesEndedWithEvent(const platform::Event& event) {

@@ -57,8 +57,6 @@ class Fd {
     int fd_;
 };
 
-// Copies one tree entry. Paths in messages are for people; the work is done relative to open
-// directory descriptors so that nothing is followed through a link swapped in meanwhile.
 // The copies this process is writing. Several copies of one share run at once, so one may find
 // the disk full only because another's partial item holds the space, which goes when that copy
 // fails. A copy that ran out of space therefore tries once more when no other is writing, one
@@ -105,6 +103,8 @@ bool mayFit(const std::string& source, const std::string& folder) {
     return uint64_t(st.st_size) <= uint64_t(fs.f_bavail) * fs.f_frsize;
 }
 
+// Copies one tree entry. Paths in messages are for people; the work is done relative to open
+// directory descriptors so that nothing is followed through a link swapped in meanwhile.
 class Copier {
   public:
     std::string error;

@@ -5,15 +5,14 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QUrl>
-#include <cmath>
 
 #include "platform/core/Paths.h"
 
 namespace platform {
 
-QImage DesktopThumbnail::find(const QString& path, QSize upright, QSize needed) {
+QImage DesktopThumbnail::find(const QString& path, const std::function<bool(QSize)>& usable) {
     const QFileInfo file(path);
-    if (!upright.isValid() || !file.isFile())
+    if (!file.isFile())
         return {};
     const QByteArray uri = QUrl::fromLocalFile(file.absoluteFilePath()).toEncoded();
     const QString name =
@@ -25,10 +24,7 @@ QImage DesktopThumbnail::find(const QString& path, QSize upright, QSize needed) 
     for (const char* size : {"normal", "large", "x-large", "xx-large"}) {
         QImageReader reader(folder + size + "/" + name, "png");
         const QSize kept = reader.size();
-        if (!kept.isValid() || kept.width() < needed.width() || kept.height() < needed.height())
-            continue;
-        if (std::abs(kept.height() - double(kept.width()) * upright.height() / upright.width()) >
-            1.0)
+        if (!kept.isValid() || !usable(kept))
             continue;
         const QImage thumbnail = reader.read();
         // One made before the file last changed shows what the file was.

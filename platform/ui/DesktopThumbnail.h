@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QSize>
 #include <QString>
+#include <functional>
 
 namespace platform {
 
@@ -11,10 +12,10 @@ namespace platform {
 // large picture from one without decoding the picture. Internal to platform/.
 class DesktopThumbnail {
   public:
-    // The smallest kept thumbnail of the file at |path| that shows all of |upright| (the picture's
-    // own upright size, to a pixel of rounding) with at least |needed| pixels, and that was made
-    // from the file as it is now (same URI and modification time); null when there is none.
-    static QImage find(const QString& path, QSize upright, QSize needed);
+    // The smallest kept thumbnail of the file at |path| whose pixel size |usable| accepts and
+    // that was made from the file as it is now (same URI and modification time); null when there
+    // is none.
+    static QImage find(const QString& path, const std::function<bool(QSize)>& usable);
 };
 
 }  // namespace platform

@@ -69,26 +69,27 @@ QImage fitted(QImage image, QSize needed) {
     return image.scaled(needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-// The thumbnail a camera embedded in the JPEG at |path|, at |needed| pixels (the file's axes),
-// when it shows the whole photo (its proportions, to a pixel of rounding) with at least that many
-// pixels; null otherwise.
-QImage embeddedThumbnail(const QString& path, QSize stored, QSize needed) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray head = file.read(kExifSearchBytes);
+// Whether a ready-made picture of |candidate| pixels can stand in for a picture of |picture|
+// pixels shown at |needed| pixels: it shows all of it (the same proportions, to a pixel of
+// rounding; a 3:2 photo's 4:3 thumbnail with black bands does not) with at least that many pixels.
+bool standsInFor(QSize candidate, QSize picture, QSize needed) {
+    if (candidate.width() < needed.width() || candidate.height() < needed.height())
+        return false;
+    const double heightAtCandidateWidth =
+        double(candidate.width()) * picture.height() / picture.width();
+    return std::abs(candidate.height() - heightAtCandidateWidth) <= 1.0;
+}
+
+// The thumbnail a camera embedded in the JPEG that starts with |fileStart|, at |needed| pixels
+// (the file's axes, like |stored|), when it can stand in for the photo; null otherwise.
+QImage embeddedThumbnail(const QByteArray& fileStart, QSize stored, QSize needed) {
     const std::string_view bytes =
-        ExifThumbnail::locate(std::string_view(head.constData(), size_t(head.size())));
+        ExifThumbnail::locate(std::string_view(fileStart.constData(), size_t(fileStart.size())));
     if (bytes.empty())
         return {};
     const QImage thumbnail =
         QImage::fromData(QByteArray::fromRawData(bytes.data(), qsizetype(bytes.size())), "JPEG");
-    if (thumbnail.width() < needed.width() || thumbnail.height() < needed.height())
-        return {};
-    // A 3:2 photo's thumbnail may be 4:3 with black bands: that is not the photo.
-    const double photoHeightAtThumbnailWidth =
-        double(thumbnail.width()) * stored.height() / stored.width();
-    if (std::abs(thumbnail.height() - photoHeightAtThumbnailWidth) > 1.0)
+    if (thumbnail.isNull() || !standsInFor(thumbnail.size(), stored, needed))
         return {};
     return fitted(thumbnail, needed);
 }
@@ -99,9 +100,13 @@ QSize coveringSize(QSize size, double factor) {
 }
 
 // Decodes |path|. With a positive |coverPixels|, a picture larger than needed to cover that many
-// pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole);
-// |ownSize| receives the file's own oriented pixel size either way.
-QImage readRaster(const QString& path, QSizeF coverPixels = {}, QSize* ownSize = nullptr) {
+// pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole), or
+// not at all when a thumbnail of it stands in; |fileStart| holds the file's first bytes for the
+// thumbnail a JPEG may embed. |ownSize| receives the file's own oriented pixel size either way.
+QImage readRaster(const QString& path,
+                  QSizeF coverPixels = {},
+                  QSize* ownSize = nullptr,
+                  const QByteArray& fileStart = {}) {
     if (!isRegularFile(path))
         return {};
     QImageReader reader(path);
@@ -116,15 +121,18 @@ QImage readRaster(const QString& path, QSizeF coverPixels = {}, QSize* ownSize =
             // A thumbnail kept by the desktop or embedded by the camera spares decoding the
             // whole picture for a small view of it.
             const QSize neededUpright = coveringSize(own, factor);
-            const QImage kept =
-                fitted(DesktopThumbnail::find(path, own, neededUpright), neededUpright);
+            const QImage kept = fitted(
+                DesktopThumbnail::find(
+                    path,
+                    [&](QSize candidate) { return standsInFor(candidate, own, neededUpright); }),
+                neededUpright);
             if (!kept.isNull())
                 return kept.convertToFormat(QImage::Format_ARGB32_Premultiplied);
             // The reader scales before it orients, so the scaled size is in the file's axes.
             const QSize stored = reader.size();
             const QSize needed = coveringSize(stored, factor);
             if (reader.format() == "jpeg") {
-                const QImage thumbnail = embeddedThumbnail(path, stored, needed);
+                const QImage thumbnail = embeddedThumbnail(fileStart, stored, needed);
                 if (!thumbnail.isNull())
                     return oriented(thumbnail, reader.transformation())
                         .convertToFormat(QImage::Format_ARGB32_Premultiplied);
@@ -228,17 +236,18 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path,
                                                       double backingScale) {
     const QString qpath = QString::fromStdString(path);
     QFile file(qpath);
+    // Read once: it tells a vector from a raster and holds any thumbnail a camera embedded.
     QByteArray head;
     if (isRegularFile(qpath) && file.open(QIODevice::ReadOnly))
-        head = file.peek(1024);
+        head = file.read(kExifSearchBytes);
     // Vectors are drawn at any size, and what is no file is refused there.
-    if (head.isEmpty() || looksLikeSvg(qpath, head))
+    if (head.isEmpty() || looksLikeSvg(qpath, head.left(1024)))
         return imageWithContentsOfFile(path);
 
     const double scale = backingScale > 0 ? backingScale : 1.0;
     QSize own;
-    QImage pixels =
-        readRaster(qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own);
+    QImage pixels = readRaster(
+        qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own, head);
     if (pixels.isNull()) {
         Log::write("Image: cannot read " + path);
         return nullptr;

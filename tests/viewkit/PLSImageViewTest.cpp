@@ -73,8 +73,8 @@ TEST_F(PLSImageViewTest, OverlaysAndTheRoundedClip) {
     }
 }
 
-// A release with the pointer inside queues the action; a magnify closure that handles the pinch
-// keeps it from the base, which passes it up.
+// A release with the pointer inside queues the action; a magnify or smart magnify closure that
+// handles the gesture keeps it from the base, which passes it up.
 TEST_F(PLSImageViewTest, ReleaseQueuesTheActionAndAHandledPinchStops) {
     platform::Window window(NSMakeRect(0, 0, 100, 100));
     auto parent = std::make_shared<RecordingView>();
@@ -100,5 +100,7 @@ TEST_F(PLSImageViewTest, ReleaseQueuesTheActionAndAHandledPinchStops) {
         view->setMagnifyWithEventBlockIsHandled([=](const platform::Event&) { return handled; });
         view->magnifyWithEvent(*platform::Event::magnifyEvent(EventType::Magnify, {}, 0.5));
     }
+    view->setSmartMagnifyWithEventBlock([](const platform::Event&) { return true; });
+    view->smartMagnifyWithEvent(*platform::Event::magnifyEvent(EventType::SmartMagnify, {}, 0));
     EXPECT_EQ(1, parent->magnifies);
 }

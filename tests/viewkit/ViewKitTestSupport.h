@@ -27,6 +27,7 @@ class RecordingView : public platform::View {
     void mouseDragged(const platform::Event&) override { ++drags; }
     void keyDown(const platform::Event& event) override { keys.push_back(event.keyCode()); }
     void magnifyWithEvent(const platform::Event&) override { ++magnifies; }
+    void smartMagnifyWithEvent(const platform::Event&) override { ++magnifies; }
     std::vector<int> clicks;
     std::vector<uint16_t> keys;
     int drags = 0, magnifies = 0;
