@@ -9,13 +9,9 @@
 // What the controller's source files share: its log lines and its texts.
 namespace controller_support {
 
-inline void log(const std::string& text) {
-    platform::Log::write("[ShareViewController]: " + text);
-}
-
-inline void logError(const std::string& text) {
-    platform::Log::write("[ShareViewController][error]: " + text);
-}
+// The controller's lines, and its one error line.
+inline constexpr platform::Logger kLog("[ShareViewController]: ");
+inline constexpr platform::Logger kErrorLog("[ShareViewController][error]: ");
 
 // Every text the sheet shows comes from this table, with an empty default: a missing entry
 // shows its key.

@@ -18,8 +18,8 @@
 
 namespace {
 
-using controller_support::log;
-using controller_support::logError;
+using controller_support::kErrorLog;
+using controller_support::kLog;
 
 // The identifier with its last dot-separated component removed, as a path extension is dropped
 // from a file name; an identifier without a dot stays as it is.
@@ -71,18 +71,18 @@ void ShareViewController::setup() {
     const std::shared_ptr<platform::Bundle> bundle = platform::Bundle::mainBundle();
 
     m_bundleId = deletingLastComponent(bundle->bundleIdentifier());
-    log("bundleId[" + m_bundleId + "]");
+    kLog.write("bundleId[" + m_bundleId + "]");
 
     const std::optional<platform::PropertyValue> team =
         bundle->objectForInfoDictionaryKey(handoff::kTeamIdentifierKey);
-    log("teamIdentifier[" + platform::describe(team) + "]");
+    kLog.write("teamIdentifier[" + platform::describe(team) + "]");
     std::string teamIdentifier;
     if (team && std::holds_alternative<std::string>(*team)) {
         teamIdentifier = std::get<std::string>(*team);
     } else {
         // Without it the group would have no defined name; the host identifier alone is one.
-        logError("TeamIdentifier is missing or not a string; the group is [" +
-                 std::string(PARLEY_HOST_BUNDLE_ID) + "].");
+        kErrorLog.write("TeamIdentifier is missing or not a string; the group is [" +
+                        std::string(PARLEY_HOST_BUNDLE_ID) + "].");
     }
 
     m_shareFolderName = teamIdentifier + PARLEY_HOST_BUNDLE_ID;
@@ -109,7 +109,7 @@ void ShareViewController::setup() {
         view()->setFrame(platform::NSMakeRect(0, 0, 376, 370));
         m_shareDefaults->setObject(std::string(platform::kUTTypeFileURL), handoff::kShareTypeKey);
     } else {
-        logError("ShareType is unknown.");
+        kErrorLog.write("ShareType is unknown.");
         didFinishShare();
     }
 

@@ -114,7 +114,7 @@ std::string iconNameForExtension(const std::string& extension) {
 }  // namespace
 
 void ShareViewController::layoutContent() {
-    platform::Log::write("[ShareViewController]: layoutContent invoked.");
+    controller_support::kLog.write("layoutContent invoked.");
     layoutFileContent();
 }
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-using controller_support::log;
+using controller_support::kLog;
 
 // The container's path as a directory name, so that "/" + name gives one separator.
 std::string withoutTrailingSlash(std::string path) {
@@ -48,7 +48,7 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
             m_shareFolderName);
     if (container)
         container = withoutTrailingSlash(*container);
-    log("sharedFolder path[" + (container ? *container : std::string("(null)")) + "].");
+    kLog.write("sharedFolder path[" + (container ? *container : std::string("(null)")) + "].");
 
     const std::string source = item && item->isFileURL() ? item->path() : std::string();
     const std::string name =
@@ -60,16 +60,16 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
     if (source.empty()) {
         refusedName = item ? item->absoluteString() : "attachment " + std::to_string(position);
         sizeText = kUnknownSizeText;
-        log("attachment delivered no file URL; listed as refused.");
+        kLog.write("attachment delivered no file URL; listed as refused.");
     } else if (isInvalidFile(source)) {
         sizeText = invalidFileSizeString(source);
     } else if (!container) {
         sizeText = invalidFileSizeString(source);
-        log("no shared folder; not copied [" + source + "].");
+        kLog.write("no shared folder; not copied [" + source + "].");
     } else if (name == "/") {
         // The whole file system is never copied.
         sizeText = invalidFileSizeString(source);
-        log("the root folder has no name to copy to; not copied [" + source + "].");
+        kLog.write("the root folder has no name to copy to; not copied [" + source + "].");
     } else {
         destination = *container + "/" + name;
         accepted =
@@ -86,12 +86,12 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
         std::lock_guard<std::mutex> lock(fileExport->mutex);
         if (accepted) {
             fileExport->fileUrlArr.push_back(destination);
-            log("fileUrlArr addObject [" + source + "].");
+            kLog.write("fileUrlArr addObject [" + source + "].");
         } else {
             fileExport->invalidFileNameArr.push_back(refusedName);
             fileExport->invalidFileSizeArr.push_back(sizeText);
         }
-        log("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
+        kLog.write("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
         if (!fileExport->isComplete())
             return;
         fileUrlArr = fileExport->fileUrlArr;

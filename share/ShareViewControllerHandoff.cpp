@@ -10,16 +10,16 @@
 // The hand-off: an action writes the entry and starts the link's or the files' delivery.
 
 namespace {
-using controller_support::log;
+using controller_support::kLog;
 }  // namespace
 
 void ShareViewController::onClickSendToFriend() {
-    log("onClickSendToFriend invoked.");
+    kLog.write("onClickSendToFriend invoked.");
     takeAction(ShareEntrySendToFriend, handoff::kEntrySendToFriend);
 }
 
 void ShareViewController::onClickFavToParley() {
-    log("onClickFavToParley invoked.");
+    kLog.write("onClickFavToParley invoked.");
     takeAction(ShareEntryFavToParley, handoff::kEntryFavToParley);
 }
 
@@ -70,7 +70,7 @@ void ShareViewController::writeUrlToSharedFolder() {
 void ShareViewController::writeFilesToSharedFolder() {
     const auto& attachments = m_extensionItem->attachments();
     auto fileExport = std::make_shared<FileExport>(attachments.size());
-    log("item.attachments count[" + std::to_string(attachments.size()) + "].");
+    kLog.write("item.attachments count[" + std::to_string(attachments.size()) + "].");
     auto self = strongSelf();
     size_t position = 0;
     for (const auto& attachment : attachments) {
@@ -93,6 +93,6 @@ void ShareViewController::writeFilesToSharedFolder() {
 }
 
 void ShareViewController::logStoredValue(const std::string& key) {
-    log("NSUserDefaults set value [" + platform::describe(m_shareDefaults->objectForKey(key)) +
-        "] for key [" + key + "].");
+    kLog.write("NSUserDefaults set value [" +
+               platform::describe(m_shareDefaults->objectForKey(key)) + "] for key [" + key + "].");
 }

@@ -58,7 +58,7 @@ void ShareViewController::layoutDividers() {
 
 void ShareViewController::layoutTop() {
     if (m_shareType != ShareTypeUrl && m_shareType != ShareTypeFile) {
-        platform::Log::write("[ShareViewController][error]: ShareType is unknown.");
+        controller_support::kErrorLog.write("ShareType is unknown.");
         return;
     }
     setParleyLogoContainer(std::make_shared<platform::View>(platform::NSMakeRect(0, 284, 376, 81)));

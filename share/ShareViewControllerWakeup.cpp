@@ -12,11 +12,11 @@ void ShareViewController::wakeupParley() {
     const auto running =
         platform::RunningApplication::runningApplicationsWithBundleIdentifier(m_bundleId);
     if (!running.empty()) {
-        controller_support::log("Parley is online.");
+        controller_support::kLog.write("Parley is online.");
         platform::DistributedNotificationCenter::defaultCenter().postNotificationName(
             handoff::kNotificationName, nullptr, nullptr, true);
     } else {
-        controller_support::log("Parley is offline.");
+        controller_support::kLog.write("Parley is offline.");
         // The outcome of the launch is not examined: the store holds the record either way.
         platform::Workspace::sharedWorkspace().launchApplication(handoff::kHostApplicationPath);
     }

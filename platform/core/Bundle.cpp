@@ -22,6 +22,8 @@ struct Bundle::Info {
 
 namespace {
 
+const Logger kLog("Bundle: ");
+
 std::mutex& mainBundleMutex() {
     static std::mutex mutex;
     return mutex;
@@ -98,13 +100,13 @@ Bundle::Bundle(const std::string& path) : path_(path) {
                 if (auto dict = PropertyListCodec::parseDictionary(bytes))
                     info->values = dict->values();
                 else
-                    Log::write("Bundle: " + plistPath + " is not a property-list dictionary.");
+                    kLog.write("" + plistPath + " is not a property-list dictionary.");
                 break;
             case PropertyListCodec::ReadStatus::Missing:
-                Log::write("Bundle: " + plistPath + " is missing.");
+                kLog.write("" + plistPath + " is missing.");
                 break;
             default:
-                Log::write("Bundle: cannot read " + plistPath + " (" + reason + ").");
+                kLog.write("cannot read " + plistPath + " (" + reason + ").");
                 break;
         }
     }
@@ -186,10 +188,10 @@ std::string Bundle::localizedStringForKey(const std::string& key,
                                 (*map)[k] = *text;
                         strings = map;
                     } else {
-                        Log::write("Bundle: string table " + file + " is not a dictionary.");
+                        kLog.write("string table " + file + " is not a dictionary.");
                     }
                 } else if (status != PropertyListCodec::ReadStatus::Missing) {
-                    Log::write("Bundle: cannot read string table " + file + " (" + reason + ").");
+                    kLog.write("cannot read string table " + file + " (" + reason + ").");
                 }
                 info_->tables[cacheKey] = strings;
             }

@@ -19,6 +19,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("DefaultsSuite: ");
+
 // A writer that holds the lock longer than this is stuck; we give up rather than hang.
 constexpr auto kLockWait = std::chrono::seconds(5);
 
@@ -150,8 +152,8 @@ DefaultsSuite::FileStamp DefaultsSuite::stampOf(const std::string& path) {
 DefaultsSuite::DefaultsSuite(const std::string& suiteName)
     : suiteName_(suiteName), path_(pathForSuite(suiteName)) {
     if (fileNameForSuite(suiteName) != suiteName)
-        Log::write("DefaultsSuite: suite name [" + suiteName +
-                   "] is not a plain file name; stored as [" + path_ + "].");
+        kLog.write("suite name [" + suiteName + "] is not a plain file name; stored as [" + path_ +
+                   "].");
     std::lock_guard<std::mutex> lock(mutex_);
     refreshIfChangedLocked();
 }
@@ -170,10 +172,10 @@ void DefaultsSuite::refreshIfChangedLocked() const {
             if (auto dict = PropertyListCodec::parseDictionary(bytes))
                 fileValues = dict->values();
             else
-                Log::write("DefaultsSuite: " + path_ + " is corrupt; read as empty.");
+                kLog.write("" + path_ + " is corrupt; read as empty.");
             break;
         default:
-            Log::write("DefaultsSuite: cannot read " + path_ + " (" + reason + "); read as empty.");
+            kLog.write("cannot read " + path_ + " (" + reason + "); read as empty.");
             break;
     }
     mergeFromFileValuesLocked(std::move(fileValues));
@@ -215,13 +217,12 @@ bool DefaultsSuite::synchronize() {
     std::string error;
     std::string directory = path_.substr(0, path_.rfind('/'));
     if (!Paths::makeDirectories(directory, 0700, error)) {
-        Log::write("DefaultsSuite: cannot create the folder for suite [" + suiteName_ +
-                   "]: " + error);
+        kLog.write("cannot create the folder for suite [" + suiteName_ + "]: " + error);
         return false;
     }
     FileLock fileLock(path_ + ".lock");
     if (!fileLock.locked()) {
-        Log::write("DefaultsSuite: cannot lock suite [" + suiteName_ + "]: " + fileLock.error());
+        kLog.write("cannot lock suite [" + suiteName_ + "]: " + fileLock.error());
         return false;
     }
 
@@ -237,13 +238,12 @@ bool DefaultsSuite::synchronize() {
                 dict = std::move(*parsed);
             } else {
                 damaged = corrupt = true;
-                Log::write("DefaultsSuite: " + path_ + " is corrupt; it is replaced.");
+                kLog.write("" + path_ + " is corrupt; it is replaced.");
             }
             break;
         default:
             damaged = true;
-            Log::write("DefaultsSuite: cannot read " + path_ + " (" + reason +
-                       "); it is replaced.");
+            kLog.write("cannot read " + path_ + " (" + reason + "); it is replaced.");
             break;
     }
 
@@ -261,13 +261,13 @@ bool DefaultsSuite::synchronize() {
             // Keep the damaged bytes for inspection instead of destroying them.
             std::string aside = path_ + ".corrupt";
             if (::rename(path_.c_str(), aside.c_str()) == 0)
-                Log::write("DefaultsSuite: corrupt file kept as " + aside + ".");
+                kLog.write("corrupt file kept as " + aside + ".");
         }
         if (replaceFileAtomically(path_, dict.toBinary(), error)) {
             dirtyKeys_.clear();
         } else {
             ok = false;
-            Log::write("DefaultsSuite: cannot write suite [" + suiteName_ + "]: " + error);
+            kLog.write("cannot write suite [" + suiteName_ + "]: " + error);
         }
     }
     values_ = dict.values();

@@ -14,6 +14,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("DistributedNotificationCenter: ");
+
 const char* const kPath = "/org/parleyapp/DistributedNotification";
 const char* const kInterface = "org.parleyapp.DistributedNotification";
 
@@ -76,8 +78,7 @@ bool DistributedNotificationCenter::postNotificationName(const std::string& name
                                                          const void* /*userInfo*/,
                                                          bool /*deliverImmediately*/) {
     if (!SessionBus::isValidMemberName(name)) {
-        Log::write("DistributedNotificationCenter: [" + name +
-                   "] is not a valid notification name; not posted.");
+        kLog.write("[" + name + "] is not a valid notification name; not posted.");
         return false;
     }
     auto bus = SessionBus::connection("posting [" + name + "]");
@@ -86,15 +87,13 @@ bool DistributedNotificationCenter::postNotificationName(const std::string& name
     QDBusMessage signal =
         QDBusMessage::createSignal(kPath, kInterface, QString::fromStdString(name));
     if (!bus->send(signal)) {
-        Log::write("DistributedNotificationCenter: cannot post [" + name +
-                   "]: " + bus->lastError().message().toStdString());
+        kLog.write("cannot post [" + name + "]: " + bus->lastError().message().toStdString());
         return false;
     }
     // Delivered immediately: do not return while the signal may still sit in our queue (the
     // caller may exit right after).
     if (!roundTrip(*bus))
-        Log::write("DistributedNotificationCenter: [" + name +
-                   "] queued, but the bus did not confirm in time.");
+        kLog.write("[" + name + "] queued, but the bus did not confirm in time.");
     return true;
 }
 
@@ -102,8 +101,7 @@ std::unique_ptr<DistributedNotificationCenter::Observer>
 DistributedNotificationCenter::addObserverForName(const std::string& name,
                                                   std::function<void()> handler) {
     if (!SessionBus::isValidMemberName(name)) {
-        Log::write("DistributedNotificationCenter: [" + name +
-                   "] is not a valid notification name; not observed.");
+        kLog.write("[" + name + "] is not a valid notification name; not observed.");
         return nullptr;
     }
     auto bus = SessionBus::connection("observing [" + name + "]");
@@ -114,8 +112,7 @@ DistributedNotificationCenter::addObserverForName(const std::string& name,
         receiver->moveToThread(QCoreApplication::instance()->thread());
     QString member = QString::fromStdString(name);
     if (!bus->connect(QString(), kPath, kInterface, member, receiver, SLOT(onNotification()))) {
-        Log::write("DistributedNotificationCenter: cannot observe [" + name +
-                   "]: " + bus->lastError().message().toStdString());
+        kLog.write("cannot observe [" + name + "]: " + bus->lastError().message().toStdString());
         delete receiver;
         return nullptr;
     }

@@ -5,6 +5,10 @@
 
 namespace platform {
 
+namespace {
+const Logger kLog("ExtensionContext: ");
+}  // namespace
+
 ExtensionContext::ExtensionContext(std::vector<std::shared_ptr<ExtensionItem>> inputItems)
     : inputItems_(std::move(inputItems)) {}
 
@@ -15,8 +19,8 @@ void ExtensionContext::completeRequestReturningItems(
         std::lock_guard<std::mutex> lock(mutex_);
         ++endings_;
         if (state_ != State::Pending) {
-            Log::write(
-                "ExtensionContext: completeRequestReturningItems after the request ended; "
+            kLog.write(
+                "completeRequestReturningItems after the request ended; "
                 "ignored.");
             return;
         }
@@ -30,7 +34,7 @@ void ExtensionContext::cancelRequestWithError(const Error& error) {
     std::lock_guard<std::mutex> lock(mutex_);
     ++endings_;
     if (state_ != State::Pending) {
-        Log::write("ExtensionContext: cancelRequestWithError after the request ended; ignored.");
+        kLog.write("cancelRequestWithError after the request ended; ignored.");
         return;
     }
     state_ = State::Cancelled;

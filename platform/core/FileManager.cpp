@@ -30,6 +30,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("FileManager: ");
+
 // Folder nesting deeper than this is refused rather than running out of descriptors.
 constexpr int kMaxDepth = 128;
 
@@ -133,7 +135,7 @@ class Copier {
             return copyFolder(srcDir, srcName, srcShown, st, dstDir, dstName, dstShown, depth);
         if (depth > 0) {
             // A pipe, socket or device has no contents to copy; the folder goes without it.
-            Log::write("FileManager: " + srcShown +
+            kLog.write("" + srcShown +
                        " is not a regular file, folder or symbolic link; left out of the copy.");
             return true;
         }
@@ -396,7 +398,7 @@ void removeInterruptedCopies(const std::string& folder) {
         if (!isRunning(pid)) {
             std::error_code ignored;
             std::filesystem::remove_all(entry.path(), ignored);
-            Log::write("FileManager: removed the interrupted copy " + entry.path().string() + ".");
+            kLog.write("removed the interrupted copy " + entry.path().string() + ".");
         }
     }
 }
@@ -440,16 +442,14 @@ FileManager& FileManager::defaultManager() {
 std::optional<std::string> FileManager::containerURLForSecurityApplicationGroupIdentifier(
     const std::string& groupIdentifier) {
     if (!Paths::isPlainName(groupIdentifier)) {
-        Log::write("FileManager: group identifier [" + groupIdentifier +
-                   "] cannot name a container.");
+        kLog.write("group identifier [" + groupIdentifier + "] cannot name a container.");
         return std::nullopt;
     }
     std::string container = Paths::xdgDirectory("XDG_DATA_HOME", ".local/share") +
                             "/group-containers/" + groupIdentifier;
     std::string error;
     if (!Paths::makeDirectories(container, 0700, error)) {
-        Log::write("FileManager: cannot create the container of group [" + groupIdentifier +
-                   "]: " + error);
+        kLog.write("cannot create the container of group [" + groupIdentifier + "]: " + error);
         return std::nullopt;
     }
     // Once per container and process: what an interrupted share left is cleared away.
@@ -528,8 +528,7 @@ CopyResult FileManager::copyItemAtPath(const std::string& source,
         }
     }
     if (result != CopyResult::Copied) {
-        Log::write("FileManager: copy of [" + source + "] to [" + destination +
-                   "] failed: " + reason);
+        kLog.write("copy of [" + source + "] to [" + destination + "] failed: " + reason);
         if (error)
             *error = reason;
     }

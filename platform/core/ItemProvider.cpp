@@ -7,6 +7,10 @@
 
 namespace platform {
 
+namespace {
+const Logger kLog("ItemProvider: ");
+}  // namespace
+
 std::shared_ptr<ItemProvider> ItemProvider::withURL(const Url& url) {
     auto provider = std::make_shared<ItemProvider>();
     auto loader = [url]() -> std::optional<Url> { return url; };
@@ -47,7 +51,7 @@ void ItemProvider::loadItemForTypeIdentifier(const std::string& typeIdentifier,
         loader = loaders_.at(kUTTypeFileURL);
 
     if (!loader) {
-        Log::write("ItemProvider: no item of type [" + typeIdentifier + "] to load.");
+        kLog.write("no item of type [" + typeIdentifier + "] to load.");
         WorkerPool::shared().async([completion = std::move(completion)] {
             if (completion)
                 completion(std::nullopt,

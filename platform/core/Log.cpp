@@ -85,6 +85,10 @@ void Log::write(const std::string& line) {
         capture->append(line);
 }
 
+void Logger::write(const std::string& text) const {
+    Log::write(prefix_ + text);
+}
+
 LogCapture::LogCapture() : state_(new State) {
     std::lock_guard<std::mutex> lock(capturesMutex());
     captures().push_back(this);

@@ -17,6 +17,18 @@ class Log {
     static void setSystemOutput(bool enabled);
 };
 
+// A named source of log lines: every line it writes starts with its prefix, so no caller types
+// one. Constant-initialised, so a file-scope Logger is usable from any static initialiser.
+class Logger {
+  public:
+    constexpr explicit Logger(const char* prefix) : prefix_(prefix) {}
+    // Writes |prefix| followed by |text| as one line. Thread-safe.
+    void write(const std::string& text) const;
+
+  private:
+    const char* prefix_;
+};
+
 // Collects every log line written while it exists (all threads). Nestable.
 class LogCapture {
   public:

@@ -23,6 +23,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("MainQueue: ");
+
 using Clock = std::chrono::steady_clock;
 
 // Tasks cross threads through this state only (a std::mutex and an eventfd), so that
@@ -145,8 +147,7 @@ bool MainQueue::isMainThread() {
 void MainQueue::assertMainThread(const char* where) {
     if (isMainThread())
         return;
-    Log::write(std::string("MainQueue: ") + (where ? where : "?") +
-               " must run on the main thread; aborting.");
+    kLog.write(std::string(where ? where : "?") + " must run on the main thread; aborting.");
     std::abort();
 }
 

@@ -19,6 +19,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("PropertyList: ");
+
 // libplist makes no thread-safety promise for its parsers; files are small, so one lock is cheap.
 std::mutex& codecMutex() {
     static std::mutex mutex;
@@ -36,7 +38,7 @@ plist_t newString(const std::string& text) {
     const QByteArray valid = QString::fromUtf8(bytes).toUtf8();
     if (valid == bytes)
         return plist_new_string(text.c_str());
-    Log::write("PropertyList: text that is not UTF-8 is stored with U+FFFD for its stray bytes [" +
+    kLog.write("text that is not UTF-8 is stored with U+FFFD for its stray bytes [" +
                valid.toStdString() + "].");
     return plist_new_string(valid.constData());
 }
@@ -126,7 +128,7 @@ void dropEntriesThatCannotBeRewritten(plist_t dict) {
     std::free(iter);
     for (const auto& key : dropped) {
         plist_dict_remove_item(dict, key.c_str());
-        Log::write("PropertyList: an entry that cannot be written back is dropped [" +
+        kLog.write("an entry that cannot be written back is dropped [" +
                    QString::fromUtf8(key.data(), static_cast<int>(key.size())).toStdString() +
                    "].");
     }

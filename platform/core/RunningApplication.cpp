@@ -10,6 +10,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("RunningApplication: ");
+
 QDBusMessage busDriverCall(const char* method) {
     return QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                           "org.freedesktop.DBus", method);
@@ -28,7 +30,7 @@ std::vector<RunningApplication> RunningApplication::runningApplicationsWithBundl
     call << QString::fromStdString(bundleIdentifier);
     QDBusMessage reply = bus->call(call, QDBus::Block, SessionBus::kTimeoutMilliseconds);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
-        Log::write("RunningApplication: cannot ask the bus for [" + bundleIdentifier +
+        kLog.write("cannot ask the bus for [" + bundleIdentifier +
                    "]: " + reply.errorMessage().toStdString());
         return {};
     }
@@ -39,7 +41,7 @@ std::vector<RunningApplication> RunningApplication::runningApplicationsWithBundl
 
 bool RunningApplication::registerAsRunning(const std::string& bundleIdentifier) {
     if (!SessionBus::isValidBusName(bundleIdentifier)) {
-        Log::write("RunningApplication: [" + bundleIdentifier + "] is not a valid bus name.");
+        kLog.write("[" + bundleIdentifier + "] is not a valid bus name.");
         return false;
     }
     auto bus = SessionBus::connection("registering [" + bundleIdentifier + "]");
@@ -51,13 +53,13 @@ bool RunningApplication::registerAsRunning(const std::string& bundleIdentifier) 
     call << QString::fromStdString(bundleIdentifier) << kDoNotQueue;
     QDBusMessage reply = bus->call(call, QDBus::Block, 4 * SessionBus::kTimeoutMilliseconds);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
-        Log::write("RunningApplication: cannot claim [" + bundleIdentifier +
+        kLog.write("cannot claim [" + bundleIdentifier +
                    "]: " + reply.errorMessage().toStdString());
         return false;
     }
     uint result = reply.arguments().first().toUInt();
     if (result != kPrimaryOwner && result != kAlreadyOwner) {
-        Log::write("RunningApplication: [" + bundleIdentifier + "] is owned by another process.");
+        kLog.write("[" + bundleIdentifier + "] is owned by another process.");
         return false;
     }
     return true;

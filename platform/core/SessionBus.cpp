@@ -24,6 +24,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("SessionBus: ");
+
 using Clock = std::chrono::steady_clock;
 
 // After a failed probe the same address is not probed again for this long, so that many
@@ -278,15 +280,14 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
     std::lock_guard<std::mutex> lock(c.mutex);
     std::string address = sessionBusAddress();
     if (address.empty()) {
-        Log::write("SessionBus: no session bus for " + purpose +
-                   " (DBUS_SESSION_BUS_ADDRESS unset).");
+        kLog.write("no session bus for " + purpose + " (DBUS_SESSION_BUS_ADDRESS unset).");
         return std::nullopt;
     }
     if (c.address == address) {
         if (c.connection && c.connection->isConnected())
             return c.connection;
         if (c.failed && Clock::now() - c.failedAt < kFailureMemory) {
-            Log::write("SessionBus: session bus unreachable for " + purpose + ".");
+            kLog.write("session bus unreachable for " + purpose + ".");
             return std::nullopt;
         }
     }
@@ -300,7 +301,7 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
     c.failedAt = Clock::now();
 
     if (!QCoreApplication::instance()) {
-        Log::write("SessionBus: no application object; the bus is not used for " + purpose + ".");
+        kLog.write("no application object; the bus is not used for " + purpose + ".");
         return std::nullopt;
     }
     auto deadline = Clock::now() + std::chrono::milliseconds(kTimeoutMilliseconds);
@@ -314,8 +315,8 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
         }
     }
     if (!alive) {
-        Log::write("SessionBus: session bus [" + address + "] unreachable for " + purpose + ": " +
-                   reason + ".");
+        kLog.write("session bus [" + address + "] unreachable for " + purpose + ": " + reason +
+                   ".");
         return std::nullopt;
     }
 
@@ -324,7 +325,7 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
     QDBusConnection bus = QDBusConnection::connectToBus(QString::fromStdString(alive->entry),
                                                         QString::fromStdString(name));
     if (!bus.isConnected()) {
-        Log::write("SessionBus: cannot connect to [" + address + "] for " + purpose + ": " +
+        kLog.write("cannot connect to [" + address + "] for " + purpose + ": " +
                    bus.lastError().message().toStdString());
         QDBusConnection::disconnectFromBus(QString::fromStdString(name));
         return std::nullopt;

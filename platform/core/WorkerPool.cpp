@@ -14,6 +14,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("WorkerPool: ");
+
 // A fixed set of threads: enough that several completions really run at the same time even on
 // a two-core machine. Never destroyed: its threads may still be parked when the process exits.
 class Pool {
@@ -54,9 +56,9 @@ class Pool {
             try {
                 task();
             } catch (const std::exception& e) {
-                Log::write(std::string("WorkerPool: a task threw: ") + e.what());
+                kLog.write(std::string("a task threw: ") + e.what());
             } catch (...) {
-                Log::write("WorkerPool: a task threw.");
+                kLog.write("a task threw.");
             }
             task = nullptr;  // captured state dies before the work is counted done
             EventLoop::endWork();

@@ -18,6 +18,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("Workspace: ");
+
 // In the forked children only async-signal-safe calls are made: the parent prepares every
 // string beforehand.
 [[noreturn]] void execDetached(const char* executable, int statusFd) {
@@ -81,7 +83,7 @@ bool Workspace::launchApplication(const std::string& path) {
     std::string resolved = resolveApplicationPath(path);
     struct stat st {};
     if (::stat(resolved.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-        Log::write("Workspace: no application at [" + resolved + "].");
+        kLog.write("no application at [" + resolved + "].");
         return false;
     }
     Bundle bundle(resolved);
@@ -90,25 +92,25 @@ bool Workspace::launchApplication(const std::string& path) {
     if (!executableName || executableName->empty() ||
         executableName->find('/') != std::string::npos || *executableName == "." ||
         *executableName == "..") {
-        Log::write("Workspace: [" + resolved + "] names no executable (CFBundleExecutable).");
+        kLog.write("[" + resolved + "] names no executable (CFBundleExecutable).");
         return false;
     }
     std::string executable = resolved + "/Contents/MacOS/" + *executableName;
     if (::stat(executable.c_str(), &st) != 0 || !S_ISREG(st.st_mode) ||
         ::access(executable.c_str(), X_OK) != 0) {
-        Log::write("Workspace: [" + executable + "] is not an executable file.");
+        kLog.write("[" + executable + "] is not an executable file.");
         return false;
     }
 
     // The exec status comes back through a close-on-exec pipe: EOF means the exec succeeded.
     int status[2];
     if (::pipe2(status, O_CLOEXEC) != 0) {
-        Log::write(std::string("Workspace: cannot launch: ") + std::strerror(errno));
+        kLog.write(std::string("cannot launch: ") + std::strerror(errno));
         return false;
     }
     pid_t child = ::fork();
     if (child < 0) {
-        Log::write(std::string("Workspace: cannot launch: ") + std::strerror(errno));
+        kLog.write(std::string("cannot launch: ") + std::strerror(errno));
         ::close(status[0]);
         ::close(status[1]);
         return false;
@@ -138,7 +140,7 @@ bool Workspace::launchApplication(const std::string& path) {
     }
     ::close(status[0]);
     if (n > 0) {
-        Log::write("Workspace: cannot start [" + executable + "]: " + std::strerror(execError));
+        kLog.write("cannot start [" + executable + "]: " + std::strerror(execError));
         return false;
     }
     return true;

@@ -19,6 +19,8 @@ struct Bitmap::Pixels {
 
 namespace {
 
+const Logger kLog("Bitmap: ");
+
 // Fonts resolve against the device's resolution: 72 dpi keeps one point one device unit.
 void useToolkitResolution(QImage& image) {
     int dotsPerMeter = qRound(72.0 / 0.0254);
@@ -84,7 +86,7 @@ bool Bitmap::writePNG(const std::string& path) const {
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, "png");
     if (!writer.write(pixels_->image)) {
-        Log::write("Bitmap: cannot encode " + path + ": " + writer.errorString().toStdString());
+        kLog.write("cannot encode " + path + ": " + writer.errorString().toStdString());
         return false;
     }
     QFile file(QString::fromStdString(path));
@@ -93,7 +95,7 @@ bool Bitmap::writePNG(const std::string& path) const {
     if (written)
         file.close();
     if (!written || file.error() != QFileDevice::NoError) {
-        Log::write("Bitmap: cannot write " + path + ": " + file.errorString().toStdString());
+        kLog.write("cannot write " + path + ": " + file.errorString().toStdString());
         return false;
     }
     return true;
@@ -102,7 +104,7 @@ bool Bitmap::writePNG(const std::string& path) const {
 std::shared_ptr<Bitmap> Bitmap::readPNG(const std::string& path) {
     QImage image;
     if (!image.load(QString::fromStdString(path), "png")) {
-        Log::write("Bitmap: cannot read " + path);
+        kLog.write("cannot read " + path);
         return nullptr;
     }
     return fromQImage(image, 1.0);

@@ -11,6 +11,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("EventLoop: ");
+
 bool environmentHasDisplay() {
     const char* platformName = std::getenv("QT_QPA_PLATFORM");
     if (platformName &&
@@ -36,8 +38,8 @@ DisplayEventLoop::DisplayEventLoop(int& argc, char** argv) {
     }
     adoptApplication(new QGuiApplication(argc, argv));
     if (environmentHasDisplay() && !hasDisplay())
-        Log::write(
-            "EventLoop: the display named in the environment cannot be opened; running "
+        kLog.write(
+            "the display named in the environment cannot be opened; running "
             "offscreen.");
 }
 

@@ -15,6 +15,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("Font: ");
+
 std::optional<std::string>& pinnedFamily() {
     static std::optional<std::string> family;
     return family;
@@ -30,8 +32,8 @@ std::string installedFamily(const std::string& family, bool logSubstitute) {
         return family;
     if (logSubstitute && QString::fromStdString(resolved).compare(QString::fromStdString(family),
                                                                   Qt::CaseInsensitive) != 0)
-        Log::write("Font: the system font \"" + family + "\" is not installed; text uses \"" +
-                   resolved + "\" instead.");
+        kLog.write("the system font \"" + family + "\" is not installed; text uses \"" + resolved +
+                   "\" instead.");
     return resolved;
 }
 

@@ -13,6 +13,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("GraphicsContext: ");
+
 thread_local GraphicsContext* currentContextOfThread = nullptr;
 
 QColor toQColor(const Color& color) {
@@ -70,7 +72,7 @@ void GraphicsContext::saveGraphicsState() {
 
 void GraphicsContext::restoreGraphicsState() {
     if (saved_.empty()) {
-        Log::write("GraphicsContext: restoreGraphicsState without a matching save");
+        kLog.write("restoreGraphicsState without a matching save");
         return;
     }
     painter_->restore();

@@ -30,6 +30,8 @@ struct Image::Source {
 
 namespace {
 
+const Logger kLog("Image: ");
+
 bool looksLikeSvg(const QString& path, const QByteArray& head) {
     QString suffix = QFileInfo(path).suffix().toLower();
     return suffix == "svg" || (suffix.isEmpty() && head.contains("<svg"));
@@ -173,7 +175,7 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
         if (auto file = bundle.pathForResource(name, extension)) {
             auto image = imageWithContentsOfFile(*file);
             if (!image) {
-                Log::write("Bundle: image " + *file + " cannot be read.");
+                kLog.write("named image " + *file + " cannot be read.");
                 continue;
             }
             image->setName(name);
@@ -186,7 +188,7 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
 std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
     QString qpath = QString::fromStdString(path);
     if (!isRegularFile(qpath)) {
-        Log::write("Image: not a readable file " + path);
+        kLog.write("not a readable file " + path);
         return nullptr;
     }
     std::shared_ptr<Image> image(new Image);
@@ -200,7 +202,7 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
         QByteArray data = file.readAll();
         QSvgRenderer renderer(data);
         if (!renderer.isValid()) {
-            Log::write("Image: cannot read SVG " + path);
+            kLog.write("cannot read SVG " + path);
             return nullptr;
         }
         QSizeF size = renderer.defaultSize();
@@ -221,7 +223,7 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
     const QImage& any =
         image->source_->raster.isNull() ? image->source_->raster2x : image->source_->raster;
     if (any.isNull()) {
-        Log::write("Image: cannot read " + path);
+        kLog.write("cannot read " + path);
         return nullptr;
     }
     if (!image->source_->raster.isNull())
@@ -249,7 +251,7 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path,
     QImage pixels = readRaster(
         qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own, head);
     if (pixels.isNull()) {
-        Log::write("Image: cannot read " + path);
+        kLog.write("cannot read " + path);
         return nullptr;
     }
     std::shared_ptr<Image> image(new Image);

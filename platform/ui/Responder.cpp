@@ -4,6 +4,10 @@
 
 namespace platform {
 
+namespace {
+const Logger kLog("Responder: ");
+}  // namespace
+
 // Each default hands the event on; an event nobody takes is dropped at the end of the chain.
 void Responder::mouseDown(const Event& event) {
     if (Responder* next = nextResponder())
@@ -86,7 +90,7 @@ void Responder::performSelector(const Selector& selector, const std::shared_ptr<
     auto found = actions_.find(selector);
     if (found == actions_.end()) {
         // The platform would raise here; we log and carry on.
-        Log::write("Responder: unrecognized selector sent: " + selector);
+        kLog.write("unrecognized selector sent: " + selector);
         return;
     }
     // A copy: the handler may replace or remove itself while it runs.

@@ -13,6 +13,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("View: ");
+
 void assertMainThread() {
     [[maybe_unused]] QCoreApplication* app = QCoreApplication::instance();
     assert(!app || QThread::currentThread() == app->thread());
@@ -96,7 +98,7 @@ Rect View::convertRectToView(const Rect& rect, const View* toView) const {
 void View::addSubview(std::shared_ptr<View> view) {
     assertMainThread();
     if (!view || isDescendantOf(view.get())) {
-        Log::write("View: addSubview ignored (no view, or it would make a cycle)");
+        kLog.write("addSubview ignored (no view, or it would make a cycle)");
         return;
     }
     // |view| holds the subview alive while it moves from its old parent.

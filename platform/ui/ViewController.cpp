@@ -4,6 +4,10 @@
 
 namespace platform {
 
+namespace {
+const Logger kLog("ViewController: ");
+}  // namespace
+
 void ViewController::loadView() {
     setView(std::make_shared<View>(NSZeroRect));
 }
@@ -12,7 +16,7 @@ const std::shared_ptr<View>& ViewController::view() {
     if (!view_) {
         loadView();
         if (!view_)
-            Log::write("ViewController: loadView left no view");
+            kLog.write("loadView left no view");
     }
     return view_;
 }

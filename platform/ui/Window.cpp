@@ -24,6 +24,8 @@ namespace platform {
 
 namespace {
 
+const Logger kLog("Window: ");
+
 int nextWindowNumber = 1;
 
 // The desktop's window background, under a content view that leaves pixels transparent.
@@ -546,8 +548,8 @@ std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
         const QPixmap pixmap = screen->grabWindow(native_->window->winId(), grab.x(), grab.y(),
                                                   grab.width(), grab.height());
         if (pixmap.isNull()) {
-            Log::write("Window: the display gave no picture of window " +
-                       std::to_string(windowNumber_) + " under " + NSStringFromRect(rect));
+            kLog.write("the display gave no picture of window " + std::to_string(windowNumber_) +
+                       " under " + NSStringFromRect(rect));
             return nullptr;
         }
         return Bitmap::fromQImage(pixmap.toImage(), pixmap.devicePixelRatio());
