@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/core/PathText.h"
+
 namespace platform {
 
 namespace {
@@ -31,10 +33,8 @@ std::string Paths::xdgDirectory(const char* variable, const std::string& fallbac
     const char* value = std::getenv(variable);
     if (value && value[0] == '/')
         return value;
-    std::string home = homeDirectory();
-    if (!home.empty() && home.back() == '/')
-        home.pop_back();
-    return home + "/" + fallback;
+    const std::string home = PathText::withoutTrailingSlashes(homeDirectory());
+    return (home == "/" ? "" : home) + "/" + fallback;
 }
 
 bool Paths::makeDirectories(const std::string& path, unsigned mode, std::string& error) {

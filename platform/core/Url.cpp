@@ -2,9 +2,10 @@
 
 #include <unistd.h>
 
-#include <QByteArray>
 #include <QUrl>
 #include <vector>
+
+#include "platform/core/PathText.h"
 
 namespace platform {
 
@@ -34,18 +35,9 @@ std::string standardizedPath(const std::string& path) {
     return out.empty() ? "/" : out;
 }
 
-std::string lastComponentOf(std::string path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    if (path == "/")
-        return path;
-    size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 // The percent-decoded path of |url| as raw bytes.
 std::string decodedPath(const QUrl& url) {
-    return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString();
+    return PathText::percentDecoded(url.path(QUrl::FullyEncoded).toStdString()).value_or("");
 }
 
 bool isPrintableAscii(const std::string& text) {
@@ -72,36 +64,36 @@ Url Url::fileURLWithPath(const std::string& path) {
 }
 
 std::optional<Url> Url::URLWithString(const std::string& text) {
+    Url url;
+    url.text_ = text;
+    // A file URL is read as the command line reads a file URI, so both name the same file.
+    if (PathText::schemeOf(text) == "file") {
+        const std::optional<std::string> path = PathText::pathOfFileURI(text);
+        if (!path)
+            return std::nullopt;
+        url.isFile_ = true;
+        url.path_ = standardizedPath(*path);
+        return url;
+    }
     if (!isPrintableAscii(text))
         return std::nullopt;
     const QUrl parsed(QString::fromLatin1(text.data(), static_cast<int>(text.size())),
                       QUrl::StrictMode);
     if (!parsed.isValid() || parsed.isRelative())
         return std::nullopt;
-    Url url;
-    url.text_ = text;
-    if (parsed.scheme() == QLatin1String("file")) {
-        const std::string path = decodedPath(parsed);
-        const QString host = parsed.host();
-        if (path.empty() || path[0] != '/' || path.find('\0') != std::string::npos ||
-            !(host.isEmpty() || host == QLatin1String("localhost")))
-            return std::nullopt;
-        url.isFile_ = true;
-        url.path_ = standardizedPath(path);
-    }
     return url;
 }
 
 std::string Url::absoluteString() const {
     if (isFile_ && text_.empty())
-        return "file://" + QByteArray::fromStdString(path_).toPercentEncoding("/").toStdString();
+        return "file://" + PathText::percentEncoded(path_, "/");
     return text_;
 }
 
 std::string Url::lastPathComponent() const {
     if (isFile_)
-        return lastComponentOf(path_);
-    return lastComponentOf(
+        return PathText::lastPathComponent(path_);
+    return PathText::lastPathComponent(
         decodedPath(QUrl(QString::fromLatin1(text_.data(), static_cast<int>(text_.size())))));
 }
 

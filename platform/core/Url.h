@@ -13,9 +13,8 @@ class Url {
     // slashes are resolved by the text alone, so the last component always names the item.
     static Url fileURLWithPath(const std::string& path);
     // URLWithString: nullopt when |text| is not an absolute URL with a scheme (checked strictly:
-    // ASCII only, no spaces, valid percent-escapes). A file URL is also refused when it names no
-    // local path: no path at all, a host other than "localhost", or a path with an encoded NUL
-    // (which would name a different file than the text shows).
+    // ASCII only, no spaces, valid percent-escapes). A file URL is read by
+    // PathText::pathOfFileURI and refused when that names no local path.
     static std::optional<Url> URLWithString(const std::string& text);
 
     bool isFileURL() const { return isFile_; }
