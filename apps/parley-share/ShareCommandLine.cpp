@@ -1,9 +1,9 @@
 #include "apps/parley-share/ShareCommandLine.h"
 
-#include <cctype>
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/core/PathText.h"
 #include "platform/core/Url.h"
 
 namespace {
@@ -38,73 +38,17 @@ struct Operand {
     std::string error;  // why the operand cannot be shared; empty when it can
 };
 
-int hexDigitValue(char c) {
-    return std::isdigit(static_cast<unsigned char>(c))
-               ? c - '0'
-               : std::tolower(static_cast<unsigned char>(c)) - 'a' + 10;
-}
-
-// Decodes %XX escapes; nullopt when a "%" is not followed by two hex digits.
-std::optional<std::string> percentDecoded(const std::string& text) {
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            out += text[i];
-            continue;
-        }
-        if (i + 2 >= text.size() || !std::isxdigit(static_cast<unsigned char>(text[i + 1])) ||
-            !std::isxdigit(static_cast<unsigned char>(text[i + 2])))
-            return std::nullopt;
-        out += static_cast<char>(hexDigitValue(text[i + 1]) * 16 + hexDigitValue(text[i + 2]));
-        i += 2;
-    }
-    return out;
-}
-
-// The lower-case scheme of "scheme:rest" (RFC 3986 letters), or empty when |text| has none.
-std::string schemeOf(const std::string& text) {
-    const size_t colon = text.find(':');
-    if (colon == std::string::npos || colon == 0 ||
-        !std::isalpha(static_cast<unsigned char>(text[0])))
-        return {};
-    std::string scheme;
-    for (size_t i = 0; i < colon; ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (!std::isalnum(c) && c != '+' && c != '-' && c != '.')
-            return {};
-        scheme += static_cast<char>(std::tolower(c));
-    }
-    return scheme;
-}
-
-// "file:///p", "file://localhost/p" or "file:/p", percent-encoded, to the path "/p".
 Operand fileURIOperand(const std::string& uri) {
-    const Operand bad{false, {}, "not a local file URI: \"" + uri + "\""};
-    std::string rest = uri.substr(std::string("file:").size());
-    if (rest.rfind("//", 0) == 0) {
-        const size_t slash = rest.find('/', 2);
-        std::string host = rest.substr(2, slash == std::string::npos ? slash : slash - 2);
-        for (char& c : host)
-            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        if (!host.empty() && host != "localhost")
-            return bad;
-        rest = slash == std::string::npos ? std::string() : rest.substr(slash);
-    }
-    // A file manager escapes "?", "#", blanks and control characters inside names.
-    for (unsigned char c : rest)
-        if (c <= ' ' || c == 0x7F || c == '?' || c == '#')
-            return bad;
-    const std::optional<std::string> path = percentDecoded(rest);
-    if (rest.empty() || rest[0] != '/' || !path || path->find('\0') != std::string::npos)
-        return bad;
-    return {false, *path, {}};
+    if (const std::optional<std::string> path = platform::PathText::pathOfFileURI(uri))
+        return {false, *path, {}};
+    return {false, {}, "not a local file URI: \"" + uri + "\""};
 }
 
 // "parley-share:" followed by a percent-encoded absolute URL. A web page can open such links,
 // so they never name local files.
 Operand linkOperand(const std::string& uri) {
     const std::optional<std::string> link =
-        percentDecoded(uri.substr(std::string("parley-share:").size()));
+        platform::PathText::percentDecoded(uri.substr(std::string("parley-share:").size()));
     const std::optional<platform::Url> url =
         link ? platform::Url::URLWithString(*link) : std::nullopt;
     if (!url || url->isFileURL())
@@ -113,7 +57,7 @@ Operand linkOperand(const std::string& uri) {
 }
 
 Operand readOperand(const std::string& argument) {
-    const std::string scheme = schemeOf(argument);
+    const std::string scheme = platform::PathText::schemeOf(argument);
     if (scheme == "file")
         return fileURIOperand(argument);
     if (scheme == "parley-share")
@@ -134,7 +78,8 @@ std::string ShareCommandLine::usage() {
            "shows the share sheet and waits for a click on a row or on Cancel. Without a\n"
            "display, give --action, --snapshot or --describe.\n"
            "\n"
-           "  --url URL          share a web link (an absolute URL with a scheme)\n"
+           "  --url URL          share a web link (an absolute URL with a scheme); a\n"
+           "                     file:// URI shares that file, as FILE does\n"
            "  parley-share:LINK  share the percent-encoded web link LINK (from a browser)\n"
            "  FILE...            share files or folders, as paths or file:// URIs (use --\n"
            "                     before names starting with - or looking like a URI)\n"
@@ -164,8 +109,21 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
             line.error_ = message;
     };
 
+    // A link goes to url_, a file to files_, whether it came as an operand or after --url.
+    auto take = [&line, &fail](const Operand& operand) {
+        if (!operand.error.empty())
+            fail(operand.error);
+        else if (!operand.isLink)
+            line.files_.push_back(operand.value);
+        else if (line.url_)
+            fail("a link given twice");
+        else
+            line.url_ = operand.value;
+    };
+
     bool optionsEnded = false;
     bool scaleGiven = false;
+    bool urlOptionGiven = false;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         if (optionsEnded) {
@@ -173,15 +131,7 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
             continue;
         }
         if (argument.empty() || argument[0] != '-' || argument == "-") {
-            const Operand operand = readOperand(argument);
-            if (!operand.error.empty())
-                fail(operand.error);
-            else if (!operand.isLink)
-                line.files_.push_back(operand.value);
-            else if (line.url_)
-                fail("a link given twice");
-            else
-                line.url_ = operand.value;
+            take(readOperand(argument));
             continue;
         }
         if (argument == "--") {
@@ -237,11 +187,16 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
             const std::optional<std::string> url = takeValue();
             if (!url)
                 continue;
-            if (line.url_)
+            if (urlOptionGiven)
                 fail("--url given twice");
-            if (!platform::Url::URLWithString(*url))
+            urlOptionGiven = true;
+            // A file URI shares that file, as the same URI given as an operand does.
+            if (platform::PathText::schemeOf(*url) == "file")
+                take(fileURIOperand(*url));
+            else if (!platform::Url::URLWithString(*url))
                 fail("not an absolute URL: \"" + *url + "\"");
-            line.url_ = *url;
+            else
+                take({true, *url, {}});
         } else if (name == "--bundle") {
             const std::optional<std::string> path = takeValue();
             if (path)
@@ -256,7 +211,7 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
         return line;
     }
     if (line.url_ && !line.files_.empty())
-        fail("share either --url or files, not both");
+        fail("share either a link or files, not both");
     if (!line.url_ && line.files_.empty())
         fail("nothing to share: give --url URL or files");
     if (line.describe_ && line.action_ != Action::None)

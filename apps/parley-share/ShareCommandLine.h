@@ -9,8 +9,9 @@
 //                [--action TARGET | --describe] (--url URL | parley-share:LINK | FILE...)
 //   parley-share --help
 // TARGET is send, fav or cancel. A FILE is a path or a file:// URI, as desktops pass them
-// (%F and %U); parley-share:LINK carries a percent-encoded link, as the browser passes it. Parsing
-// only checks the form; files need not exist (the extension copes with missing ones).
+// (%F and %U), read by platform::PathText::pathOfFileURI; parley-share:LINK carries a
+// percent-encoded link, as the browser passes it. Parsing only checks the form; files need not
+// exist (the extension copes with missing ones).
 class ShareCommandLine {
   public:
     enum class Action { None, SendToFriend, FavToParley, Cancel };
@@ -36,7 +37,7 @@ class ShareCommandLine {
     // Print the description of every window and its view tree, then stop without an action.
     bool describe() const { return describe_; }
     const std::optional<std::string>& url() const { return url_; }
-    // Paths, file URIs already turned into paths.
+    // Paths, file URIs (operands or after --url) already turned into paths.
     const std::vector<std::string>& files() const { return files_; }
     // The extension bundle to run as, instead of the one holding the executable.
     const std::optional<std::string>& bundlePath() const { return bundlePath_; }

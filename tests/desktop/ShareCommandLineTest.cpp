@@ -6,30 +6,64 @@
 
 using Words = std::vector<std::string>;
 
-// clang-format off
-TEST(ShareCommandLineTest, DesktopOperands) {
-    const struct { Words arguments, files; std::string url; } kShareable[] = {
-        {{"/tmp/a b.txt", "rel/x"}, {"/tmp/a b.txt", "rel/x"}, ""},
-        {{"file:///tmp/a%20b/%C3%A9t%C3%A9%25.txt", "file://LocalHost/tmp/x", "FILE:/tmp/y"},
-         {"/tmp/a b/\xC3\xA9t\xC3\xA9%.txt", "/tmp/x", "/tmp/y"}, ""},
-        {{"--", "file:///x", "parley-share:x"}, {"file:///x", "parley-share:x"}, ""},
+// The same file URI shares the same path, or is the same usage error, as an operand and after
+// --url.
+TEST(ShareCommandLineTest, AFileURIReadsTheSameAsAnOperandAndAfterUrl) {
+    // clang-format off
+    const struct { std::string uri; Words files; std::string error; } kCases[] = {
+        {"file:///tmp/a%3Fb", {"/tmp/a?b"}, ""},
+        {"file:///tmp/a%20b/%C3%A9t%C3%A9%25.txt", {"/tmp/a b/\xC3\xA9t\xC3\xA9%.txt"}, ""},
+        {"file:///tmp/\xC3\xA9t\xC3\xA9", {"/tmp/\xC3\xA9t\xC3\xA9"}, ""},
+        {"FILE://LocalHost/tmp/x", {"/tmp/x"}, ""},
+        {"file:///tmp/a?b", {}, "not a local file URI: \"file:///tmp/a?b\""},
+        {"file:///tmp/a#b", {}, "not a local file URI: \"file:///tmp/a#b\""},
+        {"file://otherhost/tmp/x", {}, "not a local file URI: \"file://otherhost/tmp/x\""}};
+    // clang-format on
+    for (const auto& c : kCases) {
+        for (const Words& arguments : {Words{c.uri}, Words{"--url", c.uri}}) {
+            SCOPED_TRACE(testing::PrintToString(arguments));
+            const ShareCommandLine line = ShareCommandLine::parse(arguments);
+            EXPECT_EQ(c.error, line.error());
+            EXPECT_EQ(c.files, line.files());
+            EXPECT_EQ(std::nullopt, line.url());
+        }
+    }
+}
+
+TEST(ShareCommandLineTest, OperandsAndLinks) {
+    // clang-format off
+    const struct { Words arguments, files; std::optional<std::string> url; } kShareable[] = {
+        {{"/tmp/a b.txt", "rel/x", "rel:x"}, {"/tmp/a b.txt", "rel/x", "rel:x"}, std::nullopt},
+        {{"--", "file:///x", "parley-share:x"}, {"file:///x", "parley-share:x"}, std::nullopt},
+        {{"--url", "file:///a", "/b"}, {"/a", "/b"}, std::nullopt},
         {{"parley-share:https%3A%2F%2Fexample.org%2Fa%3Fb%3Dc%26d%3D%2522e%2522"}, {},
          "https://example.org/a?b=c&d=%22e%22"},
-        {{"Parley-Share:https://example.org/"}, {}, "https://example.org/"}};
+        {{"Parley-Share:https://example.org/"}, {}, "https://example.org/"},
+        {{"--url", "sftp://host/x"}, {}, "sftp://host/x"}};
+    // clang-format on
     for (const auto& c : kShareable) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
         const ShareCommandLine line = ShareCommandLine::parse(c.arguments);
-        EXPECT_TRUE(line.isValid() && line.files() == c.files && line.url().value_or("") == c.url)
-            << testing::PrintToString(c.arguments) << " " << line.error();
+        EXPECT_EQ("", line.error());
+        EXPECT_EQ(c.files, line.files());
+        EXPECT_EQ(c.url, line.url());
     }
-    // Another computer, relative, broken or NUL escapes, raw blanks or query, remote schemes; a
-    // link that is not a URL or a local file; a link with files, or two links.
-    for (const Words& arguments : std::vector<Words>{
-             {"file://otherhost/tmp/x"}, {"file:tmp/x"}, {"file:///tmp/a%g0"}, {"file:///a%00b"},
-             {"file:///tmp/a b"}, {"file:///tmp/a?b"}, {"sftp://host/tmp/x"},
-             {"parley-share:not%20a%20link"}, {"parley-share:https%3A%2F%2Fexample.org%2"},
-             {"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd"},
-             {"parley-share:https%3A%2F%2Fa.org%2F", "/tmp/x"},
-             {"--url", "https://a.org/", "parley-share:https%3A%2F%2Fb.org%2F"}})
-        EXPECT_FALSE(ShareCommandLine::parse(arguments).isValid()) << arguments.back();
+    // clang-format off
+    const struct { Words arguments; std::string error; } kRefused[] = {
+        {{"sftp://host/tmp/x"}, "only local files can be shared, not \"sftp://host/tmp/x\""},
+        {{"parley-share:not%20a%20link"},
+         "not an encoded web link: \"parley-share:not%20a%20link\""},
+        {{"parley-share:https%3A%2F%2Fa.org%2"},
+         "not an encoded web link: \"parley-share:https%3A%2F%2Fa.org%2\""},
+        {{"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd"},
+         "not an encoded web link: \"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd\""},
+        {{"--url", "https://a.org/", "/tmp/x"}, "share either a link or files, not both"},
+        {{"--url", "https://a.org/", "parley-share:https%3A%2F%2Fb.org%2F"}, "a link given twice"},
+        {{"--url", "file:///a", "--url", "file:///b"}, "--url given twice"},
+        {{"--url", "/tmp/x"}, "not an absolute URL: \"/tmp/x\""}};
+    // clang-format on
+    for (const auto& c : kRefused) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        EXPECT_EQ(c.error, ShareCommandLine::parse(c.arguments).error());
+    }
 }
-// clang-format on
