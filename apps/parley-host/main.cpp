@@ -1,6 +1,8 @@
 // parley-host: the reference host. It owns its bundle identifier on the session bus (so a share
 // finds it running), reads the hand-off record from the store it shares with the extension once
 // at start and at each "ParleyMacShare_Notification", and prints each record as one JSON line.
+#include <sysexits.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -24,9 +26,6 @@
 #endif
 
 namespace {
-
-constexpr int kExitUsage = 64;
-constexpr int kExitUnavailable = 69;
 
 const char* const kUsage =
     "Usage: parley-host [--once] [--exit-after N] [--record-file PATH] [--bundle PATH]\n"
@@ -106,7 +105,7 @@ int main(int argc, char** argv) {
     }
     if (!options.error.empty()) {
         std::fprintf(stderr, "parley-host: %s\n\n%s", options.error.c_str(), kUsage);
-        return kExitUsage;
+        return EX_USAGE;
     }
 
     platform::EventLoop loop(argc, argv);
@@ -158,11 +157,11 @@ int main(int argc, char** argv) {
         });
     if (!observer) {
         std::fprintf(stderr, "parley-host: cannot listen on the session bus\n");
-        return kExitUnavailable;
+        return EX_UNAVAILABLE;
     }
     if (!platform::RunningApplication::registerAsRunning(hostIdentifier)) {
         std::fprintf(stderr, "parley-host: cannot own the bus name %s\n", hostIdentifier.c_str());
-        return kExitUnavailable;
+        return EX_UNAVAILABLE;
     }
     report("start");
 

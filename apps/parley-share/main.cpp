@@ -2,6 +2,8 @@
 // loads the extension's bundle, hands the controller one item (a link or files), shows the sheet
 // in a window (or drives it with --press/--snapshot/--action), and waits until every load,
 // store write and wake-up of the hand-off has run.
+#include <sysexits.h>
+
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -16,6 +18,7 @@
 #include "platform/core/ExtensionContext.h"
 #include "platform/core/ExtensionItem.h"
 #include "platform/core/ItemProvider.h"
+#include "platform/core/PathText.h"
 #include "platform/core/Url.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
@@ -26,12 +29,10 @@
 
 namespace {
 
+// Exit statuses without a name in <sysexits.h>.
 constexpr int kExitCompleted = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitCancelled = 2;
-constexpr int kExitUsage = 64;
-constexpr int kExitCantCreate = 73;
-constexpr int kExitConfig = 78;
 
 // The person and the copies may take their time: waits are made in slices of this, without limit.
 constexpr std::chrono::hours kWaitSlice{1};
@@ -48,12 +49,8 @@ std::string ownExecutablePath() {
 // Symbolic links are kept: a shared link is copied as a link.
 std::string absoluteFilePath(const std::string& file) {
     std::error_code error;
-    std::string path = std::filesystem::absolute(file, error).string();
-    if (error)
-        path = file;
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
+    const std::string path = std::filesystem::absolute(file, error).string();
+    return platform::PathText::withoutTrailingSlashes(error ? file : path);
 }
 
 std::shared_ptr<platform::ExtensionItem> makeItem(const ShareCommandLine& line) {
@@ -81,7 +78,7 @@ int main(int argc, char** argv) {
     if (!line.isValid()) {
         std::fprintf(stderr, "parley-share: %s\n\n%s", line.error().c_str(),
                      ShareCommandLine::usage().c_str());
-        return kExitUsage;
+        return EX_USAGE;
     }
 
     platform::DisplayEventLoop loop(argc, argv);
@@ -98,7 +95,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr,
                          "parley-share: not inside an extension bundle (%s); use --bundle PATH\n",
                          ownExecutablePath().c_str());
-        return kExitConfig;
+        return EX_CONFIG;
     }
     platform::Bundle::setMainBundle(bundle);
 
@@ -108,7 +105,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr,
                      "parley-share: no display to show the sheet on; give --action or "
                      "--snapshot\n");
-        return kExitUsage;
+        return EX_USAGE;
     }
 
     auto context = std::make_shared<platform::ExtensionContext>(
@@ -134,7 +131,7 @@ int main(int argc, char** argv) {
         if (!picture || !picture->writePNG(*line.snapshotPath())) {
             std::fprintf(stderr, "parley-share: cannot write the snapshot to %s\n",
                          line.snapshotPath()->c_str());
-            return kExitCantCreate;
+            return EX_CANTCREAT;
         }
     }
 
