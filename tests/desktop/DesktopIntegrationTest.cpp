@@ -69,10 +69,11 @@ class DesktopTreeTest : public ::testing::Test {
             "{\"event\":\"start\",\"type\":\"public.file-url\",\"entry\":"
             "\"favToParley\",\"paths\":[\"";
         EXPECT_EQ(record.substr(0, start.size()), start) << command + "\n" + record;
-        for (const std::string name : {"notes 1.txt", "it's.jpg"})
-            EXPECT_TRUE(record.find(container + name + "\"") != std::string::npos &&
-                        fs::exists(container + name))
-                << name;
+        for (const std::string name : {"notes 1.txt", "it's.jpg"}) {
+            SCOPED_TRACE(name);
+            EXPECT_NE(record.find(container + name + "\""), std::string::npos);
+            EXPECT_TRUE(fs::exists(container + name));
+        }
     }
 
     testing_support::TempDir dir_;
@@ -114,9 +115,11 @@ TEST_F(InstalledTreeTest, EntriesAreValidAndEachIntegrationSharesWithTheInstalle
                   data("metainfo/com.parleyapp.Parley.ParleyShare.metainfo.xml")),
               0);
     const auto icon = platform::Bitmap::readPNG(data("icons/hicolor/48x48/apps/parley-share.png"));
-    ASSERT_TRUE(icon && fs::exists(data("icons/hicolor/scalable/apps/parley-share.svg")));
+    ASSERT_TRUE(icon);
+    EXPECT_TRUE(fs::exists(data("icons/hicolor/scalable/apps/parley-share.svg")));
     // The front bubble's blue, drawn to the full size.
-    EXPECT_TRUE(icon->pixelWidth() == 48 && icon->pixelAt(8, 20).b > 200);
+    EXPECT_EQ(48, icon->pixelWidth());
+    EXPECT_GT(icon->pixelAt(8, 20).b, 200);
 
     // Nautilus's side of its extension is played by tests/desktop/nautilus_menu.py.
     for (const std::string entry :
@@ -177,7 +180,8 @@ TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
     const std::string root = dir_.file("root");
     const std::string host =
         keyValue(root + "/usr/share/dbus-1/services/com.parleyapp.Parley.service", "Exec");
-    EXPECT_TRUE(host.rfind("/usr/lib/", 0) == 0 && fs::exists(root + host)) << host;
+    EXPECT_EQ("/usr/lib/", host.substr(0, 9));
+    EXPECT_TRUE(fs::exists(root + host)) << host;
     expectFilesShared(root + "/usr/bin",
                       "parley-share --action fav " + quoted(files_[0]) + " " + quoted(files_[1]));
 }
