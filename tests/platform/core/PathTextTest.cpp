@@ -52,7 +52,7 @@ TEST(PathTextTest, EscapesDecodeStrictly) {
     // clang-format off
     const struct { const char* text; Bytes bytes; } kDecoded[] = {
         {"a%20b%2fc%2F", "a b/c/"}, {"%2541", "%41"}, {"", ""}, {"100%", kRefused},
-        {"%4", kRefused}, {"%g1", kRefused}, {"%%41", kRefused}, {"%41%", kRefused}};
+        {"%4", kRefused}, {"%g1", kRefused}, {"%4g", kRefused}, {"%%41", kRefused}, {"%41%", kRefused}};
     // clang-format on
     for (const auto& c : kDecoded) {
         SCOPED_TRACE(c.text);
