@@ -52,7 +52,8 @@ TEST(PathTextTest, EscapesDecodeStrictly) {
     // clang-format off
     const struct { const char* text; Bytes bytes; } kDecoded[] = {
         {"a%20b%2fc%2F", "a b/c/"}, {"%2541", "%41"}, {"", ""}, {"100%", kRefused},
-        {"%4", kRefused}, {"%g1", kRefused}, {"%4g", kRefused}, {"%%41", kRefused}, {"%41%", kRefused}};
+        {"%4", kRefused}, {"%g1", kRefused}, {"%4g", kRefused},
+        {"%%41", kRefused}, {"%41%", kRefused}};
     // clang-format on
     for (const auto& c : kDecoded) {
         SCOPED_TRACE(c.text);
@@ -62,7 +63,7 @@ TEST(PathTextTest, EscapesDecodeStrictly) {
 
 TEST(PathTextTest, TrailingSlashesAndTheLastComponent) {
     // clang-format off
-    const struct { const char* path; const char* withoutTrailingSlashes; const char* last; } kCases[] = {
+    const struct { const char *path, *withoutTrailingSlashes, *last; } kCases[] = {
         {"", "", ""}, {"/", "/", "/"}, {"///", "/", "/"}, {"/a/b//", "/a/b", "b"},
         {"a/", "a", "a"}, {"//a", "//a", "a"}, {"a/.b", "a/.b", ".b"}};
     // clang-format on
@@ -77,7 +78,8 @@ TEST(PathTextTest, TrailingSlashesAndTheLastComponent) {
 // also for a HOME of "/" (as system users have) or one ending in slashes.
 TEST(PathsTest, XdgFoldersFallBackToHomeWithOneSlash) {
     // clang-format off
-    const struct { const char* home; std::optional<std::string> cache; const char* folder; } kCases[] = {
+    const struct { const char* home; std::optional<std::string> cache; const char* folder; }
+        kCases[] = {
         {"/home/me//", std::nullopt, "/home/me/.cache"}, {"/", std::nullopt, "/.cache"},
         {"/home/me", "relative", "/home/me/.cache"}, {"/home/me", "/var/c", "/var/c"}};
     // clang-format on

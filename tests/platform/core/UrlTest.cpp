@@ -4,7 +4,8 @@
 // included; "." and ".." are resolved, so the last component names the item.
 TEST(UrlTest, FileURLsFromPathsGiveTheirParts) {
     // clang-format off
-    const struct { const char* given, *path, *absoluteString, *lastComponent, *extension; } kCases[] = {
+    const struct { const char *given, *path, *absoluteString, *lastComponent, *extension; }
+        kCases[] = {
         {"/tmp/My File #1 (\xC3\xBC).txt", "/tmp/My File #1 (\xC3\xBC).txt",
          "file:///tmp/My%20File%20%231%20%28%C3%BC%29.txt", "My File #1 (\xC3\xBC).txt", "txt"},
         {"/d/\xff\xfe-name.tar.gz", "/d/\xff\xfe-name.tar.gz", "file:///d/%FF%FE-name.tar.gz",
