@@ -61,8 +61,7 @@ std::string PathText::schemeOf(const std::string& text) {
     return scheme;
 }
 
-// Read by hand rather than by QUrl: QUrl holds Unicode text, so a name's raw bytes that are not
-// UTF-8 would not survive it.
+// Read by hand rather than by QUrl, whose Unicode text would not keep a name's non-UTF-8 bytes.
 std::optional<std::string> PathText::pathOfFileURI(const std::string& uri) {
     if (schemeOf(uri) != "file")
         return std::nullopt;

@@ -7,6 +7,8 @@ namespace platform {
 
 // Path and URI text, byte for byte: file names need not be UTF-8, so every function here takes
 // and gives raw bytes. The one place where paths and file URIs are encoded, decoded and cut up.
+// Qt's path and URL classes hold Unicode text, so of Qt only the byte-array percent functions
+// serve here.
 class PathText {
   public:
     // |bytes| with every byte but the unreserved characters (letters, digits, "-", ".", "_", "~")
