@@ -37,7 +37,8 @@ class FileExport;
 // The definition is spread over files by concern: ShareViewController.cpp (start-up and
 // classification), ...Handoff.cpp (the actions and the link), ...FileExport.cpp (copies and
 // lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers, logo band,
-// action rows) and ...Card.cpp (the preview card).
+// action rows) and ...Card.cpp (the preview card). The record's keys, values and flushes are
+// HandoffRecord's.
 class ShareViewController : public platform::ViewController {
   protected:
     // Only create() can make one; a subclass's constructor takes it and passes it on.
