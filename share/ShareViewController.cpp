@@ -7,7 +7,6 @@
 #include "platform/core/ItemProvider.h"
 #include "platform/core/MainQueue.h"
 #include "share/ControllerSupport.h"
-#include "share/HandoffKeys.h"
 #include "viewkit/ColorSExt.h"
 
 #ifndef PARLEY_HOST_BUNDLE_ID
@@ -74,7 +73,7 @@ void ShareViewController::setup() {
     kLog.write("bundleId[" + m_bundleId + "]");
 
     const std::optional<platform::PropertyValue> team =
-        bundle->objectForInfoDictionaryKey(handoff::kTeamIdentifierKey);
+        bundle->objectForInfoDictionaryKey(HandoffRecord::teamIdentifierKey());
     kLog.write("teamIdentifier[" + platform::describe(team) + "]");
     std::string teamIdentifier;
     if (team && std::holds_alternative<std::string>(*team)) {
@@ -87,6 +86,7 @@ void ShareViewController::setup() {
 
     m_shareFolderName = teamIdentifier + PARLEY_HOST_BUNDLE_ID;
     m_shareDefaults = std::make_shared<platform::DefaultsSuite>(m_shareFolderName);
+    handoffRecord_ = std::make_shared<HandoffRecord>(m_shareDefaults);
 
     const std::shared_ptr<platform::ExtensionContext>& context = extensionContext();
     if (context && !context->inputItems().empty())
@@ -102,19 +102,16 @@ void ShareViewController::setup() {
         !attachment->hasItemConformingToTypeIdentifier(platform::kUTTypeFileURL)) {
         m_shareType = ShareTypeUrl;
         view()->setFrame(platform::NSMakeRect(0, 0, 376, 370));
-        m_shareDefaults->setObject(std::string(platform::kUTTypeURL), handoff::kShareTypeKey);
     } else if (attachment &&
                attachment->hasItemConformingToTypeIdentifier(platform::kUTTypeFileURL)) {
         m_shareType = ShareTypeFile;
         view()->setFrame(platform::NSMakeRect(0, 0, 376, 370));
-        m_shareDefaults->setObject(std::string(platform::kUTTypeFileURL), handoff::kShareTypeKey);
     } else {
         kErrorLog.write("ShareType is unknown.");
         didFinishShare();
     }
 
-    m_shareDefaults->synchronize();
-    logStoredValue(handoff::kShareTypeKey);
+    handoffRecord_->writeShareType(m_shareType);
 }
 
 void ShareViewController::cancel() {

@@ -13,6 +13,7 @@
 #include "platform/ui/ImageView.h"
 #include "platform/ui/TextField.h"
 #include "platform/ui/ViewController.h"
+#include "share/HandoffRecord.h"
 #include "share/ShareEntry.h"
 #include "share/ShareType.h"
 #include "viewkit/PLSCustomDivider.h"
@@ -36,7 +37,8 @@ class FileExport;
 // The definition is spread over files by concern: ShareViewController.cpp (start-up and
 // classification), ...Handoff.cpp (the actions and the link), ...FileExport.cpp (copies and
 // lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers, logo band,
-// action rows) and ...Card.cpp (the preview card).
+// action rows) and ...Card.cpp (the preview card). The record's keys, values and flushes are
+// HandoffRecord's.
 class ShareViewController : public platform::ViewController {
   protected:
     // Only create() can make one; a subclass's constructor takes it and passes it on.
@@ -188,8 +190,8 @@ class ShareViewController : public platform::ViewController {
                             Action action);
     static void applyRowTint(platform::View& container, bool highlighted);
 
-    // Records |entry| under the entry key and starts the hand-off; the body of both actions.
-    void takeAction(ShareEntry entry, const char* entryText);
+    // Records |entry| and starts the hand-off; the body of both actions.
+    void takeAction(ShareEntry entry);
     void writeUrlToSharedFolder();
     void writeFilesToSharedFolder();
     // |position| counts attachments from 1, to name one that delivered nothing.
@@ -202,12 +204,12 @@ class ShareViewController : public platform::ViewController {
     // The card's picture for the one shared file, once its URL has arrived (any thread); the
     // choice is shown on the main thread.
     void showSingleFilePicture(const std::optional<platform::Url>& item);
-    // Flushes nothing: reads |key| back from the store and logs it.
-    void logStoredValue(const std::string& key);
 
     std::string m_bundleId;
     std::string m_shareFolderName;
     std::shared_ptr<platform::DefaultsSuite> m_shareDefaults;
+    // Writes the record into m_shareDefaults; set with it in setup, and only read after that.
+    std::shared_ptr<HandoffRecord> handoffRecord_;
     std::shared_ptr<platform::ExtensionItem> m_extensionItem;
     ShareType m_shareType = ShareTypeUnknown;
     // Set on the main thread by an action, read by the export's last completion.

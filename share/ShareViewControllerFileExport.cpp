@@ -7,7 +7,6 @@
 #include "platform/core/MainQueue.h"
 #include "share/ControllerSupport.h"
 #include "share/FileExport.h"
-#include "share/HandoffKeys.h"
 
 // File export: each attachment measured, copied flat into the container or refused, and the
 // lists written once the last one is accounted for.
@@ -104,10 +103,7 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
 void ShareViewController::finishFileExport(const platform::StringArray& fileUrlArr,
                                            const platform::StringArray& invalidFileNameArr,
                                            const platform::StringArray& invalidFileSizeArr) {
-    m_shareDefaults->setObject(fileUrlArr, handoff::kSharePathArrayKey);
-    m_shareDefaults->setObject(invalidFileNameArr, handoff::kShareInvalidFileNamesKey);
-    m_shareDefaults->setObject(invalidFileSizeArr, handoff::kShareInvalidFileSizesKey);
-    m_shareDefaults->synchronize();
+    handoffRecord_->writeFileLists(fileUrlArr, invalidFileNameArr, invalidFileSizeArr);
 
     switch (m_shareEntry.load()) {
         case ShareEntryFavToParley:

@@ -5,7 +5,6 @@
 #include "platform/core/WorkerPool.h"
 #include "share/ControllerSupport.h"
 #include "share/FileExport.h"
-#include "share/HandoffKeys.h"
 
 // The hand-off: an action writes the entry and starts the link's or the files' delivery.
 
@@ -15,23 +14,22 @@ using controller_support::kLog;
 
 void ShareViewController::onClickSendToFriend() {
     kLog.write("onClickSendToFriend invoked.");
-    takeAction(ShareEntrySendToFriend, handoff::kEntrySendToFriend);
+    takeAction(ShareEntrySendToFriend);
 }
 
 void ShareViewController::onClickFavToParley() {
     kLog.write("onClickFavToParley invoked.");
-    takeAction(ShareEntryFavToParley, handoff::kEntryFavToParley);
+    takeAction(ShareEntryFavToParley);
 }
 
-void ShareViewController::takeAction(ShareEntry entry, const char* entryText) {
+void ShareViewController::takeAction(ShareEntry entry) {
     platform::MainQueue::assertMainThread("ShareViewController action");
     view();  // the store and the item come from the view loading
-    m_shareDefaults->setObject(std::string(entryText), handoff::kShareEntryKey);
-    m_shareDefaults->synchronize();
+    handoffRecord_->writeShareEntry(entry);
     // Before the hand-off starts: the export's last completion reads it.
     m_shareEntry = entry;
     writeDataToSharedFolder();
-    logStoredValue(handoff::kShareEntryKey);
+    handoffRecord_->logShareEntry();
     // The hand-off goes on in the loads' completions, which hold this controller.
     didFinishShare();
 }
@@ -56,13 +54,11 @@ void ShareViewController::writeUrlToSharedFolder() {
     attachment->loadItemForTypeIdentifier(
         platform::kUTTypeURL, nullptr,
         [self](const std::optional<platform::Url>& item, const std::optional<platform::Error>&) {
-            // No URL stores no value, which removes the key; the host is woken all the same.
-            std::optional<platform::PropertyValue> value;
+            // No URL removes the key; the host is woken all the same.
+            std::optional<std::string> url;
             if (item)
-                value = item->absoluteString();
-            self->m_shareDefaults->setObject(value, handoff::kShareUrlKey);
-            self->m_shareDefaults->synchronize();
-            self->logStoredValue(handoff::kShareUrlKey);
+                url = item->absoluteString();
+            self->handoffRecord_->writeShareUrl(url);
             self->wakeupParley();
         });
 }
@@ -90,9 +86,4 @@ void ShareViewController::writeFilesToSharedFolder() {
                 self->exportFile(fileExport, position, item);
             });
     }
-}
-
-void ShareViewController::logStoredValue(const std::string& key) {
-    kLog.write("NSUserDefaults set value [" +
-               platform::describe(m_shareDefaults->objectForKey(key)) + "] for key [" + key + "].");
 }

@@ -4,7 +4,6 @@
 #include "platform/core/RunningApplication.h"
 #include "platform/core/Workspace.h"
 #include "share/ControllerSupport.h"
-#include "share/HandoffKeys.h"
 
 // Wake-up: a running host is notified, a stopped one launched.
 
@@ -14,10 +13,11 @@ void ShareViewController::wakeupParley() {
     if (!running.empty()) {
         controller_support::kLog.write("Parley is online.");
         platform::DistributedNotificationCenter::defaultCenter().postNotificationName(
-            handoff::kNotificationName, nullptr, nullptr, true);
+            HandoffRecord::notificationName(), nullptr, nullptr, true);
     } else {
         controller_support::kLog.write("Parley is offline.");
         // The outcome of the launch is not examined: the store holds the record either way.
-        platform::Workspace::sharedWorkspace().launchApplication(handoff::kHostApplicationPath);
+        platform::Workspace::sharedWorkspace().launchApplication(
+            HandoffRecord::hostApplicationPath());
     }
 }

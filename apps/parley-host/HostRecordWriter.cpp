@@ -105,7 +105,7 @@ std::string HostRecordWriter::recordLine(const std::string& event,
     line += ",\"type\":" + valueJson(type);
     line += ",\"entry\":" + valueJson(store.objectForKey(handoff::kShareEntryKey));
     const auto* typeText = type ? std::get_if<std::string>(&*type) : nullptr;
-    if (typeText && *typeText == "public.file-url") {
+    if (typeText && *typeText == handoff::kTypeFileUrl) {
         line += ",\"paths\":" + valueJson(store.objectForKey(handoff::kSharePathArrayKey));
         line += ",\"invalidNames\":" +
                 valueJson(store.objectForKey(handoff::kShareInvalidFileNamesKey));

@@ -1,18 +1,22 @@
 #include "platform/core/DefaultsSuite.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 
 #include "platform/core/Log.h"
 #include "platform/core/Paths.h"
+#include "platform/core/ProcessStatus.h"
 #include "platform/core/PropertyListCodec.h"
 
 namespace platform {
@@ -48,6 +52,9 @@ std::string folder() {
 }
 
 // Holds an exclusive flock on "<file>.lock" for its lifetime.
+// Not QLockFile: its lock is a file that outlives a killed holder, judged stale by PID and age,
+// and a waiter polls it about every 100 ms (tried: a lock released after 20 ms was taken at
+// 130-180 ms). The kernel drops an flock the moment its holder dies; a waiter here polls at 2 ms.
 class FileLock {
   public:
     explicit FileLock(const std::string& lockPath) {
@@ -97,11 +104,17 @@ bool writeAll(int fd, const std::string& bytes) {
     return true;
 }
 
+constexpr const char* kTemporaryInfix = ".tmp-";
+
 // Writes |bytes| to a fresh temporary beside |path|, syncs it and renames it over |path|.
+// Not QSaveFile: it writes through a symbolic link at |path| (tried: the link's target was
+// replaced and the link stayed, so our reader, which never follows one, found no store), and its
+// temporary, when the file system makes it a named one, carries no writer a later flush could
+// check. Ours is "<path>.tmp-<pid>-<n>", 0600 from the start.
 bool replaceFileAtomically(const std::string& path, const std::string& bytes, std::string& error) {
     static std::atomic<unsigned> counter{0};
-    std::string temporary =
-        path + ".tmp-" + std::to_string(getpid()) + "-" + std::to_string(counter.fetch_add(1));
+    std::string temporary = path + kTemporaryInfix + std::to_string(getpid()) + "-" +
+                            std::to_string(counter.fetch_add(1));
     int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0) {
         error = temporary + ": " + std::strerror(errno);
@@ -158,33 +171,52 @@ DefaultsSuite::DefaultsSuite(const std::string& suiteName)
     refreshIfChangedLocked();
 }
 
+struct DefaultsSuite::FileContents {
+    PropertyListCodec::Dictionary dictionary;
+    bool damaged = false;  // unreadable or corrupt: replaced at the next flush
+    bool corrupt = false;  // kept aside before it is replaced
+};
+
+DefaultsSuite::FileContents DefaultsSuite::readFileLocked(const FileStamp& stamp) const {
+    FileContents contents;
+    std::string bytes, reason;
+    std::vector<std::string> dropped;
+    switch (PropertyListCodec::readFile(path_, bytes, reason)) {
+        case PropertyListCodec::ReadStatus::Missing:
+            return contents;
+        case PropertyListCodec::ReadStatus::Ok:
+            if (auto dictionary = PropertyListCodec::parseDictionary(bytes, &dropped))
+                contents.dictionary = std::move(*dictionary);
+            else
+                contents.damaged = contents.corrupt = true;
+            break;
+        default:
+            contents.damaged = true;
+            break;
+    }
+    // Every flush reads the file again; one file's faults are one report.
+    if (stamp == reportedStamp_)
+        return contents;
+    reportedStamp_ = stamp;
+    if (contents.corrupt)
+        kLog.write(path_ + " is corrupt; read as empty, and kept as " + path_ +
+                   ".corrupt when next written.");
+    else if (contents.damaged)
+        kLog.write("cannot read " + path_ + " (" + reason +
+                   "); read as empty, and replaced when next written.");
+    for (const auto& key : dropped)
+        kLog.write(path_ + ": an entry that cannot be written back is dropped [" + key + "].");
+    return contents;
+}
+
 void DefaultsSuite::refreshIfChangedLocked() const {
     FileStamp now = stampOf(path_);
     if (now == stamp_)
         return;
     stamp_ = now;
-    std::string bytes, reason;
-    std::map<std::string, PropertyValue> fileValues;
-    switch (PropertyListCodec::readFile(path_, bytes, reason)) {
-        case PropertyListCodec::ReadStatus::Missing:
-            break;
-        case PropertyListCodec::ReadStatus::Ok:
-            if (auto dict = PropertyListCodec::parseDictionary(bytes))
-                fileValues = dict->values();
-            else
-                kLog.write("" + path_ + " is corrupt; read as empty.");
-            break;
-        default:
-            kLog.write("cannot read " + path_ + " (" + reason + "); read as empty.");
-            break;
-    }
-    mergeFromFileValuesLocked(std::move(fileValues));
-}
-
-void DefaultsSuite::mergeFromFileValuesLocked(
-    std::map<std::string, PropertyValue> fileValues) const {
+    std::map<std::string, PropertyValue> fileValues = readFileLocked(now).dictionary.values();
     // Keys written here and not yet flushed win over the file.
-    for (const auto& key : dirtyKeys_) {
+    for (const auto& key : unsavedKeys_) {
         auto mine = values_.find(key);
         if (mine != values_.end())
             fileValues[key] = mine->second;
@@ -194,13 +226,37 @@ void DefaultsSuite::mergeFromFileValuesLocked(
     values_ = std::move(fileValues);
 }
 
+void DefaultsSuite::removeTemporariesOfGoneWriters() const {
+    const size_t slash = path_.rfind('/');
+    const std::string directory = path_.substr(0, slash);
+    const std::string prefix = path_.substr(slash + 1) + kTemporaryInfix;
+    DIR* listing = ::opendir(directory.c_str());
+    if (!listing)
+        return;
+    while (const dirent* entry = ::readdir(listing)) {
+        const char* name = entry->d_name;
+        if (std::strncmp(name, prefix.c_str(), prefix.size()) != 0)
+            continue;
+        char* end = nullptr;
+        const long pid = std::strtol(name + prefix.size(), &end, 10);
+        // Only names this store writes: "<pid>-<n>".
+        if (end == name + prefix.size() || *end != '-' || ProcessStatus::isRunning(pid))
+            continue;
+        if (::unlinkat(::dirfd(listing), name, 0) == 0)
+            kLog.write("removed " + directory + "/" + name + ", left by a writer that is gone.");
+    }
+    ::closedir(listing);
+}
+
 void DefaultsSuite::setObject(const std::optional<PropertyValue>& value, const std::string& key) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (value)
         values_[key] = *value;
     else
         values_.erase(key);
-    dirtyKeys_.insert(key);
+    unsavedKeys_.erase(std::remove(unsavedKeys_.begin(), unsavedKeys_.end(), key),
+                       unsavedKeys_.end());
+    unsavedKeys_.push_back(key);
 }
 
 std::optional<PropertyValue> DefaultsSuite::objectForKey(const std::string& key) const {
@@ -226,28 +282,14 @@ bool DefaultsSuite::synchronize() {
         return false;
     }
 
-    // Start from what is on disk now, so other processes' keys survive our write.
-    std::string bytes, reason;
-    PropertyListCodec::Dictionary dict;
-    bool damaged = false, corrupt = false;
-    switch (PropertyListCodec::readFile(path_, bytes, reason)) {
-        case PropertyListCodec::ReadStatus::Missing:
-            break;
-        case PropertyListCodec::ReadStatus::Ok:
-            if (auto parsed = PropertyListCodec::parseDictionary(bytes)) {
-                dict = std::move(*parsed);
-            } else {
-                damaged = corrupt = true;
-                kLog.write("" + path_ + " is corrupt; it is replaced.");
-            }
-            break;
-        default:
-            damaged = true;
-            kLog.write("cannot read " + path_ + " (" + reason + "); it is replaced.");
-            break;
-    }
+    removeTemporariesOfGoneWriters();
 
-    for (const auto& key : dirtyKeys_) {
+    // Start from what is on disk now, so other processes' keys survive our write.
+    const FileStamp onDisk = stampOf(path_);
+    FileContents contents = readFileLocked(onDisk);
+    PropertyListCodec::Dictionary& dict = contents.dictionary;
+    // In write order, each moved to the end: the file lists keys by their last write.
+    for (const auto& key : unsavedKeys_) {
         auto mine = values_.find(key);
         if (mine != values_.end())
             dict.set(key, mine->second);
@@ -256,15 +298,12 @@ bool DefaultsSuite::synchronize() {
     }
 
     bool ok = true;
-    if (!dirtyKeys_.empty() || damaged) {
-        if (corrupt) {
-            // Keep the damaged bytes for inspection instead of destroying them.
-            std::string aside = path_ + ".corrupt";
-            if (::rename(path_.c_str(), aside.c_str()) == 0)
-                kLog.write("corrupt file kept as " + aside + ".");
-        }
+    if (!unsavedKeys_.empty() || contents.damaged) {
+        // Keep the damaged bytes for inspection instead of destroying them.
+        if (contents.corrupt && ::rename(path_.c_str(), (path_ + ".corrupt").c_str()) != 0)
+            kLog.write("cannot keep corrupt " + path_ + " aside: " + std::strerror(errno));
         if (replaceFileAtomically(path_, dict.toBinary(), error)) {
-            dirtyKeys_.clear();
+            unsavedKeys_.clear();
         } else {
             ok = false;
             kLog.write("cannot write suite [" + suiteName_ + "]: " + error);

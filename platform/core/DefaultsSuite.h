@@ -4,8 +4,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
+#include <vector>
 
 #include "platform/core/PropertyValue.h"
 
@@ -17,8 +17,11 @@ namespace platform {
 // Safe to use from any thread. Writes stay in memory until synchronize(), which takes a
 // cross-process lock (flock on "<file>.lock"), merges what other processes wrote to keys this
 // object has not changed, and replaces the file atomically (write to a temporary, fsync, rename).
-// A corrupt or unreadable file is logged and read as empty; it is replaced at the next flush (a
-// corrupt one is first kept beside it as "<file>.corrupt"). objectForKey sees this object's own
+// The file lists its keys in the order they were last written: the keys this flush writes come
+// last, in the order of their setObject calls. A flush also removes the temporaries
+// ("<file>.tmp-<pid>-<n>") that writers killed mid-flush left behind.
+// A corrupt or unreadable file is logged once and read as empty; it is replaced at the next flush
+// (a corrupt one is first kept beside it as "<file>.corrupt"). objectForKey sees this object's own
 // writes at once, and picks up what other processes flushed when the file has changed.
 class DefaultsSuite {
   public:
@@ -29,8 +32,8 @@ class DefaultsSuite {
     void setObject(const std::optional<PropertyValue>& value, const std::string& key);
     // objectForKey:
     std::optional<PropertyValue> objectForKey(const std::string& key) const;
-    // synchronize: reads what others wrote and writes this object's changes. False on failure
-    // (logged).
+    // synchronize: reads what others wrote and writes this object's changes. False when they
+    // could not be written (logged here; callers need not log it again).
     bool synchronize();
 
     const std::string& suiteName() const { return suiteName_; }
@@ -54,17 +57,26 @@ class DefaultsSuite {
         }
     };
     static FileStamp stampOf(const std::string& path);
+    // The file as it is now, read as empty when damaged. Damage and dropped entries are logged
+    // once per file (by its stamp), however often it is read. Caller holds mutex_.
+    struct FileContents;
+    FileContents readFileLocked(const FileStamp& stamp) const;
     // Re-reads the file when it changed since the last read; keeps this object's unsaved keys.
     // Caller holds mutex_.
     void refreshIfChangedLocked() const;
-    void mergeFromFileValuesLocked(std::map<std::string, PropertyValue> fileValues) const;
+    // Removes the temporaries of this suite's file whose writer process is gone. Caller holds
+    // the file lock.
+    void removeTemporariesOfGoneWriters() const;
 
     mutable std::mutex mutex_;
     std::string suiteName_;
     std::string path_;
     mutable std::map<std::string, PropertyValue> values_;
-    std::set<std::string> dirtyKeys_;
+    // Keys written here and not yet flushed, each once, in the order of their last write.
+    std::vector<std::string> unsavedKeys_;
     mutable FileStamp stamp_;
+    // The last file whose damage or dropped entries were logged.
+    mutable FileStamp reportedStamp_;
 };
 
 }  // namespace platform

@@ -111,8 +111,8 @@ bool canBeRewritten(plist_t node) {
 }
 
 // Entries that could not be written back would make every later flush fail or write a file that
-// nobody can read: they are dropped when the file is read (logged).
-void dropEntriesThatCannotBeRewritten(plist_t dict) {
+// nobody can read: they are dropped when the file is read, and their keys (as text) returned.
+std::vector<std::string> dropEntriesThatCannotBeRewritten(plist_t dict) {
     std::vector<std::string> dropped;
     plist_dict_iter iter = nullptr;
     plist_dict_new_iter(dict, &iter);
@@ -126,12 +126,11 @@ void dropEntriesThatCannotBeRewritten(plist_t dict) {
         std::free(key);
     }
     std::free(iter);
-    for (const auto& key : dropped) {
+    for (auto& key : dropped) {
         plist_dict_remove_item(dict, key.c_str());
-        kLog.write("an entry that cannot be written back is dropped [" +
-                   QString::fromUtf8(key.data(), static_cast<int>(key.size())).toStdString() +
-                   "].");
+        key = QString::fromUtf8(key.data(), static_cast<int>(key.size())).toStdString();
     }
+    return dropped;
 }
 
 }  // namespace
@@ -186,6 +185,9 @@ void PropertyListCodec::Dictionary::set(const std::string& key, const PropertyVa
     if (!root_)
         root_ = plist_new_dict();
     std::lock_guard<std::mutex> lock(codecMutex());
+    // Setting a key in place would keep its old position.
+    if (plist_dict_get_item(static_cast<plist_t>(root_), key.c_str()))
+        plist_dict_remove_item(static_cast<plist_t>(root_), key.c_str());
     plist_t node;
     if (const auto* text = std::get_if<std::string>(&value)) {
         node = newString(*text);
@@ -223,7 +225,8 @@ std::string PropertyListCodec::Dictionary::toBinary() const {
 }
 
 std::optional<PropertyListCodec::Dictionary> PropertyListCodec::parseDictionary(
-    const std::string& bytes) {
+    const std::string& bytes,
+    std::vector<std::string>* droppedKeys) {
     if (bytes.empty())
         return std::nullopt;
     std::lock_guard<std::mutex> lock(codecMutex());
@@ -235,7 +238,12 @@ std::optional<PropertyListCodec::Dictionary> PropertyListCodec::parseDictionary(
         plist_free(root);
         return std::nullopt;
     }
-    dropEntriesThatCannotBeRewritten(root);
+    std::vector<std::string> dropped = dropEntriesThatCannotBeRewritten(root);
+    if (droppedKeys)
+        *droppedKeys = std::move(dropped);
+    else
+        for (const auto& key : dropped)
+            kLog.write("an entry that cannot be written back is dropped [" + key + "].");
     return Dictionary(root);
 }
 

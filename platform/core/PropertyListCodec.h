@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/core/PropertyValue.h"
 
@@ -26,6 +27,8 @@ class PropertyListCodec {
 
         // Strings and arrays of strings; other values are left out.
         std::map<std::string, PropertyValue> values() const;
+        // Entries keep the order in which they were set: |key| becomes the last entry, also when
+        // it was there already, so a reader walking the file sees the latest write last.
         void set(const std::string& key, const PropertyValue& value);
         void remove(const std::string& key);
         // Binary property-list bytes.
@@ -38,8 +41,11 @@ class PropertyListCodec {
     };
 
     // Parses |bytes| (XML or binary). nullopt when it is not a property list whose top level is
-    // a dictionary.
-    static std::optional<Dictionary> parseDictionary(const std::string& bytes);
+    // a dictionary. Entries that could not be written back are left out: their keys go to
+    // |droppedKeys| when it is given (the caller reports them), else they are logged here.
+    static std::optional<Dictionary> parseDictionary(
+        const std::string& bytes,
+        std::vector<std::string>* droppedKeys = nullptr);
 
     enum class ReadStatus { Ok, Missing, Unreadable, Corrupt };
     // Reads the file at |path| without following a final symbolic link.

@@ -168,6 +168,12 @@ class ShareTest : public ::testing::Test {
                                                const std::string& group = kGroup) {
         return platform::DefaultsSuite(group).objectForKey(key);
     }
+    // The store's keys in the order its file lists them, as plistutil reads the file.
+    std::vector<std::string> keysOnDisk() const {
+        run("plistutil -i " + quoted(platform::DefaultsSuite::pathForSuite(kGroup)) +
+            " | sed -n 's|.*<key>\\(.*\\)</key>|\\1|p' >" + quoted(files_.file("keys")));
+        return readLines(files_.file("keys"));
+    }
     static void storeEarlierShare(
         const std::vector<std::pair<std::string, PropertyValue>>& values) {
         platform::DefaultsSuite store(kGroup);

@@ -1,3 +1,5 @@
+#include <sys/wait.h>
+
 #include <set>
 
 #include "tests/platform/core/CoreTestSupport.h"
@@ -18,36 +20,44 @@ TEST(DefaultsSuiteTest, SynchronizeSharesAndMergesWrites) {
     extension.setObject(PropertyValue(StringArray{"/a/1.txt"}), "ParleyMacSharePathArray");
     extension.setObject(text("old"), "Shared");
     host.setObject(text("host value"), "HostKey");
-    ASSERT_TRUE(extension.synchronize() && host.synchronize());
+    ASSERT_TRUE(extension.synchronize());
+    ASSERT_TRUE(host.synchronize());
     EXPECT_EQ(host.objectForKey("ParleyMacSharePathArray"), PropertyValue(StringArray{"/a/1.txt"}));
     EXPECT_EQ(extension.objectForKey("HostKey"), text("host value"));  // no synchronize of its own
 
     extension.setObject(text("mine"), "Shared");  // changed here, not yet flushed
     extension.setObject(std::nullopt, "HostKey");
     host.setObject(text("theirs"), "Shared");
-    ASSERT_TRUE(host.synchronize() && extension.synchronize());
+    ASSERT_TRUE(host.synchronize());
+    ASSERT_TRUE(extension.synchronize());
     DefaultsSuite check(suite);
-    EXPECT_TRUE(check.objectForKey("Shared") == text("mine") && !check.objectForKey("HostKey"));
-    EXPECT_EQ(std::pair(modeOf(check.path()), modeOf(fs::path(check.path()).parent_path())),
-              std::pair(0600u, 0700u));
+    EXPECT_EQ(text("mine"), check.objectForKey("Shared"));
+    EXPECT_FALSE(check.objectForKey("HostKey"));
+    EXPECT_EQ(0600u, modeOf(check.path()));
+    EXPECT_EQ(0700u, modeOf(fs::path(check.path()).parent_path()));
 }
 
-// A damaged file is logged, read as empty, set aside when corrupt and replaced at the next
-// synchronize, even one with nothing to write.
+// A damaged file (corrupt, or a symbolic link, which is never followed) is read as empty and
+// reported once, though the flush reads it again; the flush sets a corrupt one aside and replaces
+// it, even with nothing to write, and leaves a link's target alone.
 TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
+    const std::string garbage = "bplist00 this is not a property list \x01\x02";
     for (bool corrupt : {true, false}) {
-        SCOPED_TRACE(corrupt ? "corrupt" : "unreadable");
-        if (!corrupt && geteuid() == 0)
-            continue;  // permissions do not apply to root
+        SCOPED_TRACE(corrupt ? "corrupt" : "symbolic link");
         const std::string suite = freshSuite(), path = DefaultsSuite::pathForSuite(suite);
+        const std::string target = corrupt ? path : path + ".target";
         fs::create_directories(fs::path(path).parent_path());
-        std::ofstream(path, std::ios::binary) << "bplist00 this is not a property list \x01\x02";
-        ASSERT_EQ(::chmod(path.c_str(), corrupt ? 0600 : 0), 0);
+        std::ofstream(target, std::ios::binary) << garbage;
+        if (!corrupt)
+            fs::create_symlink(target, path);
         LogCapture log;
         DefaultsSuite damaged(suite);
-        EXPECT_FALSE(damaged.objectForKey("Anything") || log.lines().empty());
+        EXPECT_FALSE(damaged.objectForKey("Anything"));
         EXPECT_TRUE(damaged.synchronize());
-        EXPECT_EQ(fs::exists(path + ".corrupt"), corrupt);
+        EXPECT_EQ(1u, log.lines().size());
+        EXPECT_EQ(corrupt, fs::exists(path + ".corrupt"));
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path)));
+        EXPECT_EQ(garbage, readAll(corrupt ? path + ".corrupt" : target));
         damaged.setObject(text("v"), "k");
         ASSERT_TRUE(damaged.synchronize());
         EXPECT_EQ(DefaultsSuite(suite).objectForKey("k"), text("v"));
@@ -57,12 +67,14 @@ TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
     const std::vector<std::string> names = {"", ".", "..", "../../escape", "a/b", "%2F", "a%2Fb"};
     std::set<std::string> paths;
     for (const auto& name : names) {
+        SCOPED_TRACE(name);
         LogCapture log;
         DefaultsSuite suite(name);
-        EXPECT_EQ(fs::path(suite.path()).parent_path(), folder) << name;
-        EXPECT_FALSE(log.lines().empty()) << name;
+        EXPECT_EQ(folder, fs::path(suite.path()).parent_path());
+        EXPECT_FALSE(log.lines().empty());
         suite.setObject(text("v"), "k");
-        EXPECT_TRUE(suite.synchronize() && DefaultsSuite(name).objectForKey("k")) << name;
+        EXPECT_TRUE(suite.synchronize());
+        EXPECT_EQ(text("v"), DefaultsSuite(name).objectForKey("k"));
         paths.insert(suite.path());
     }
     EXPECT_EQ(paths.size(), names.size());
@@ -77,11 +89,46 @@ TEST(DefaultsSuiteTest, ManyThreadsOnSharedAndOwnObjectsLoseNothing) {
             DefaultsSuite own(suite);
             for (int i = 0; i < 20; ++i) {
                 (i % 2 ? shared : own).setObject(text("v"), std::to_string(t * 20 + i));
-                EXPECT_TRUE(i % 5 != 4 || (shared.synchronize() && own.synchronize()));
+                if (i % 5 != 4)
+                    continue;
+                EXPECT_TRUE(shared.synchronize());
+                EXPECT_TRUE(own.synchronize());
             }
         });
     ASSERT_TRUE(EventLoop::runUntilIdle(30s));
     DefaultsSuite check(suite);
     for (int key = 0; key < 120; ++key)
         EXPECT_EQ(check.objectForKey(std::to_string(key)), text("v")) << key;
+}
+
+// A flush removes the temporaries of writers killed mid-flush (a killed one not yet reaped is gone
+// too), and keeps a live writer's and every file that is not one of this store's temporaries.
+TEST(DefaultsSuiteTest, FlushRemovesTheTemporariesOfGoneWritersOnly) {
+    const pid_t reaped = fork();
+    if (reaped == 0)
+        _exit(0);
+    const pid_t zombie = fork();
+    if (zombie == 0)
+        _exit(0);
+    ASSERT_EQ(reaped, waitpid(reaped, nullptr, 0));
+    siginfo_t exited{};
+    ASSERT_EQ(0, waitid(P_PID, zombie, &exited, WEXITED | WNOWAIT));  // exited, not reaped
+    const std::string suite = freshSuite(), path = DefaultsSuite::pathForSuite(suite);
+    const std::pair<std::string, bool> cases[] = {
+        // name, kept
+        {path + ".tmp-" + std::to_string(reaped) + "-0", false},
+        {path + ".tmp-" + std::to_string(zombie) + "-12", false},
+        {path + ".tmp-" + std::to_string(getppid()) + "-3", true},
+        {path + ".tmp-notes", true},
+        {DefaultsSuite::pathForSuite(freshSuite()) + ".tmp-" + std::to_string(reaped) + "-0", true},
+    };
+    fs::create_directories(fs::path(path).parent_path());
+    for (const auto& [name, kept] : cases)
+        std::ofstream(name) << "partial";
+    EXPECT_TRUE(DefaultsSuite(suite).synchronize());
+    for (const auto& [name, kept] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(kept, fs::exists(name));
+    }
+    waitpid(zombie, nullptr, 0);
 }

@@ -40,6 +40,7 @@ TEST(ItemProviderTest, ProvidersConformLoadOffTheMainThreadAndTheRequestEndsOnce
     LogCapture log;
     context.cancelRequestWithError(
         Error::errorWithDomain(NSCocoaErrorDomain, NSUserCancelledError));
-    EXPECT_TRUE(context.state() == ExtensionContext::State::Completed &&
-                !context.cancellationError() && log.lines().size() == 1);
+    EXPECT_EQ(ExtensionContext::State::Completed, context.state());
+    EXPECT_FALSE(context.cancellationError());
+    EXPECT_EQ(1u, log.lines().size());
 }
