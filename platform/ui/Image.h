@@ -66,6 +66,7 @@ class Image : public std::enable_shared_from_this<Image> {
     const std::string& name() const { return name_; }
     void setName(const std::string& name) { name_ = name; }
     bool isFlipped() const { return flipped_; }
+    // Nothing to keep: every image already draws as never-cached asks.
     void setCacheMode(ImageCacheMode) {}
 
     // Draws the whole image into |rect| of the current graphics context at |fraction| opacity.
