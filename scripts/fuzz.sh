@@ -29,7 +29,7 @@ for target in "${targets[@]}"; do
         continue
     fi
     cp -n "tests/fuzz/$target"/* "$work"/
-    # A photo needs room for its EXIF block and the thumbnail in it.
+    # A photo needs room for its headers, an EXIF block among them (its orientation is read).
     max_len=4096
     [[ $target != photo_file ]] || max_len=65536
     nice -n 19 "build/fuzz/tests/fuzz/fuzz_$target" -max_total_time="$seconds" -max_len="$max_len" \

@@ -1,13 +1,11 @@
-#include <cctype>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/core/ItemProvider.h"
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
 #include "platform/ui/Font.h"
-#include "platform/ui/Image.h"
+#include "share/CardPicture.h"
 #include "share/ControllerSupport.h"
 #include "share/ShareViewController.h"
 #include "viewkit/ColorSExt.h"
@@ -17,11 +15,6 @@
 namespace {
 
 using controller_support::localized;
-
-// The card's picture is 60 points square; a photo is decoded for twice that, the highest
-// backing scale a display gives us.
-constexpr double kPictureSide = 60;
-constexpr double kPictureDecodeScale = 2;
 
 // A "{one|other}" or "{zero|one|other}" group of the count format: the word form that agrees
 // with |count|. |group| is the text between the braces.
@@ -83,34 +76,6 @@ std::string formatCount(const std::string& format, size_t count) {
     return out;
 }
 
-std::string lowercased(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
-// The named icon for a lower-cased file extension; "" for a photo, which shows itself.
-std::string iconNameForExtension(const std::string& extension) {
-    static const std::pair<const char*, const char*> kIcons[] = {
-        {"pdf", "Fileicon-Pdf"},
-        {"ppt", "Fileicon-Ppt"},
-        {"pptx", "Fileicon-Ppt"},
-        {"txt", "Fileicon-Txt"},
-        {"doc", "Fileicon-Word"},
-        {"docx", "Fileicon-Word"},
-        {"zip", "Fileicon-Zip"},
-        {"xls", "Fileicon-Xls"},
-        {"xlsx", "Fileicon-Xls"},
-        {"png", ""},
-        {"jpeg", ""},
-        {"jpg", ""},
-    };
-    for (const auto& [known, icon] : kIcons)
-        if (extension == known)
-            return icon;
-    return "Fileicon-Unknow";
-}
-
 }  // namespace
 
 void ShareViewController::layoutContent() {
@@ -133,46 +98,30 @@ void ShareViewController::layoutFileContent() {
     count->setAlignment(platform::TextAlignment::Center);
     contentContainer()->addSubview(count);
 
-    setFileImg(
-        std::make_shared<PLSImageView>(platform::NSMakeRect(158, 45, kPictureSide, kPictureSide)));
-    if (m_shareType == ShareTypeUrl) {
-        count->setHidden(true);
-        fileImg()->setImage(platform::Image::imageNamed("link_thumbnail"));
-    } else {
-        count->setHidden(false);
-        fileImg()->setImage(platform::Image::imageNamed("Fileicon-Unknow"));
-        if (attachments >= 2) {
-            fileImg()->setImage(platform::Image::imageNamed("Multi-Fileicon"));
-        } else if (attachments == 1) {
-            auto self = strongSelf();
-            m_extensionItem->attachments().front()->loadItemForTypeIdentifier(
-                platform::kUTTypeFileURL, nullptr,
-                [self](const std::optional<platform::Url>& item,
-                       const std::optional<platform::Error>&) {
-                    self->showSingleFilePicture(item);
-                });
-        }
+    setFileImg(std::make_shared<PLSImageView>(
+        platform::NSMakeRect(158, 45, CardPicture::kSide, CardPicture::kSide)));
+    count->setHidden(m_shareType == ShareTypeUrl);
+    fileImg()->setImage(CardPicture::forShare(m_shareType, attachments).image());
+    if (m_shareType != ShareTypeUrl && attachments == 1) {
+        auto self = strongSelf();
+        m_extensionItem->attachments().front()->loadItemForTypeIdentifier(
+            platform::kUTTypeFileURL, nullptr,
+            [self](const std::optional<platform::Url>& item,
+                   const std::optional<platform::Error>&) { self->showSingleFilePicture(item); });
     }
     contentContainer()->addSubview(fileImg());
     view()->addSubview(contentContainer());
 }
 
-// Runs on the load's worker thread: the photo is decoded here, off the main thread, and only the
-// finished choice is handed to the main thread.
+// Runs on the load's worker thread: the picture is chosen (a photo read) here, off the main
+// thread, and only the finished choice is handed to the main thread.
 void ShareViewController::showSingleFilePicture(const std::optional<platform::Url>& item) {
-    const std::string extension = item ? lowercased(item->pathExtension()) : std::string();
-    const std::string icon = iconNameForExtension(extension);
+    const CardPicture picture = CardPicture::forFile(item);
     auto self = strongSelf();
-    if (!icon.empty()) {
-        platform::MainQueue::async(
-            [self, icon] { self->fileImg()->setImage(platform::Image::imageNamed(icon)); });
-        return;
-    }
-    // An unreadable photo leaves the view empty.
-    platform::ImagePtr photo = platform::Image::imageWithContentsOfFile(
-        item->path(), platform::NSMakeSize(kPictureSide, kPictureSide), kPictureDecodeScale);
-    platform::MainQueue::async([self, photo] {
-        self->fileImg()->setImage(photo);
-        self->fileImg()->setDrawWithAspectFill(true);
+    platform::MainQueue::async([self, picture] {
+        // The picture first, aspect fill after: the toolkit's version decides how that looks.
+        self->fileImg()->setImage(picture.image());
+        if (picture.isOwnPicture())
+            self->fileImg()->setDrawWithAspectFill(true);
     });
 }

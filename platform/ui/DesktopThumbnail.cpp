@@ -10,7 +10,7 @@
 
 namespace platform {
 
-QImage DesktopThumbnail::find(const QString& path, const std::function<bool(QSize)>& usable) {
+QImage DesktopThumbnail::find(const QString& path, QSize minimum) {
     const QFileInfo file(path);
     if (!file.isFile())
         return {};
@@ -22,9 +22,14 @@ QImage DesktopThumbnail::find(const QString& path, const std::function<bool(QSiz
     const QString folder =
         QString::fromStdString(Paths::xdgDirectory("XDG_CACHE_HOME", ".cache")) + "/thumbnails/";
     for (const char* size : {"normal", "large", "x-large", "xx-large"}) {
-        QImageReader reader(folder + size + "/" + name, "png");
-        const QSize kept = reader.size();
-        if (!kept.isValid() || !usable(kept))
+        const QString kept = folder + size + "/" + name;
+        // Anything but a regular file (a FIFO would block the read) is no thumbnail.
+        if (!QFileInfo(kept).isFile())
+            continue;
+        QImageReader reader(kept, "png");
+        const QSize pixels = reader.size();
+        if (!pixels.isValid() || pixels.width() < minimum.width() ||
+            pixels.height() < minimum.height())
             continue;
         const QImage thumbnail = reader.read();
         // One made before the file last changed shows what the file was.

@@ -6,15 +6,12 @@
 #include <QImageReader>
 #include <QPainter>
 #include <QSvgRenderer>
-#include <QTransform>
 #include <cmath>
-#include <string_view>
 
 #include "platform/core/Bundle.h"
 #include "platform/core/Log.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DesktopThumbnail.h"
-#include "platform/ui/ExifThumbnail.h"
 #include "platform/ui/GraphicsContext.h"
 
 namespace platform {
@@ -51,64 +48,15 @@ QSize orientedSize(const QImageReader& reader) {
     return size;
 }
 
-// Room for a JFIF segment and the EXIF segment before it, each at most 64 KiB.
-constexpr qint64 kExifSearchBytes = 2 * 65536 + 64;
-
-// |image| in the orientation the file asks for, as the reader's own transformation would give.
-QImage oriented(QImage image, QImageIOHandler::Transformations transformation) {
-    if (transformation & QImageIOHandler::TransformationRotate180)
-        image = image.mirrored(transformation & QImageIOHandler::TransformationMirror,
-                               transformation & QImageIOHandler::TransformationFlip);
-    if (transformation & QImageIOHandler::TransformationRotate90)
-        image = image.transformed(QTransform().rotate(90));
-    return image;
-}
-
-// |image| made |needed| pixels when it has more.
-QImage fitted(QImage image, QSize needed) {
-    if (image.isNull() || image.size() == needed)
-        return image;
-    return image.scaled(needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-}
-
-// Whether a ready-made picture of |candidate| pixels can stand in for a picture of |picture|
-// pixels shown at |needed| pixels: it shows all of it (the same proportions, to a pixel of
-// rounding; a 3:2 photo's 4:3 thumbnail with black bands does not) with at least that many pixels.
-bool standsInFor(QSize candidate, QSize picture, QSize needed) {
-    if (candidate.width() < needed.width() || candidate.height() < needed.height())
-        return false;
-    const double heightAtCandidateWidth =
-        double(candidate.width()) * picture.height() / picture.width();
-    return std::abs(candidate.height() - heightAtCandidateWidth) <= 1.0;
-}
-
-// The thumbnail a camera embedded in the JPEG that starts with |fileStart|, at |needed| pixels
-// (the file's axes, like |stored|), when it can stand in for the photo; null otherwise.
-QImage embeddedThumbnail(const QByteArray& fileStart, QSize stored, QSize needed) {
-    const std::string_view bytes =
-        ExifThumbnail::locate(std::string_view(fileStart.constData(), size_t(fileStart.size())));
-    if (bytes.empty())
-        return {};
-    const QImage thumbnail =
-        QImage::fromData(QByteArray::fromRawData(bytes.data(), qsizetype(bytes.size())), "JPEG");
-    if (thumbnail.isNull() || !standsInFor(thumbnail.size(), stored, needed))
-        return {};
-    return fitted(thumbnail, needed);
-}
-
 QSize coveringSize(QSize size, double factor) {
     return QSize(std::max(1, int(std::ceil(size.width() * factor))),
                  std::max(1, int(std::ceil(size.height() * factor))));
 }
 
 // Decodes |path|. With a positive |coverPixels|, a picture larger than needed to cover that many
-// pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole), or
-// not at all when a thumbnail of it stands in; |fileStart| holds the file's first bytes for the
-// thumbnail a JPEG may embed. |ownSize| receives the file's own oriented pixel size either way.
-QImage readRaster(const QString& path,
-                  QSizeF coverPixels = {},
-                  QSize* ownSize = nullptr,
-                  const QByteArray& fileStart = {}) {
+// pixels is decoded scaled down (JPEG decodes at a fraction of its size then, never whole).
+// |ownSize| receives the file's own oriented pixel size either way.
+QImage readRaster(const QString& path, QSizeF coverPixels = {}, QSize* ownSize = nullptr) {
     if (!isRegularFile(path))
         return {};
     QImageReader reader(path);
@@ -119,28 +67,9 @@ QImage readRaster(const QString& path,
     if (own.isValid() && coverPixels.width() > 0 && coverPixels.height() > 0) {
         const double factor =
             std::max(coverPixels.width() / own.width(), coverPixels.height() / own.height());
-        if (factor < 1.0) {
-            // A thumbnail kept by the desktop or embedded by the camera spares decoding the
-            // whole picture for a small view of it.
-            const QSize neededUpright = coveringSize(own, factor);
-            const QImage kept = fitted(
-                DesktopThumbnail::find(
-                    path,
-                    [&](QSize candidate) { return standsInFor(candidate, own, neededUpright); }),
-                neededUpright);
-            if (!kept.isNull())
-                return kept.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-            // The reader scales before it orients, so the scaled size is in the file's axes.
-            const QSize stored = reader.size();
-            const QSize needed = coveringSize(stored, factor);
-            if (reader.format() == "jpeg") {
-                const QImage thumbnail = embeddedThumbnail(fileStart, stored, needed);
-                if (!thumbnail.isNull())
-                    return oriented(thumbnail, reader.transformation())
-                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
-            }
-            reader.setScaledSize(needed);
-        }
+        // The reader scales before it orients, so the scaled size is in the file's axes.
+        if (factor < 1.0)
+            reader.setScaledSize(coveringSize(reader.size(), factor));
     }
     QImage image = reader.read();
     if (image.isNull())
@@ -238,18 +167,17 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path,
                                                       double backingScale) {
     const QString qpath = QString::fromStdString(path);
     QFile file(qpath);
-    // Read once: it tells a vector from a raster and holds any thumbnail a camera embedded.
     QByteArray head;
     if (isRegularFile(qpath) && file.open(QIODevice::ReadOnly))
-        head = file.read(kExifSearchBytes);
+        head = file.peek(1024);
     // Vectors are drawn at any size, and what is no file is refused there.
-    if (head.isEmpty() || looksLikeSvg(qpath, head.left(1024)))
+    if (head.isEmpty() || looksLikeSvg(qpath, head))
         return imageWithContentsOfFile(path);
 
     const double scale = backingScale > 0 ? backingScale : 1.0;
     QSize own;
-    QImage pixels = readRaster(
-        qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own, head);
+    QImage pixels =
+        readRaster(qpath, QSizeF(pointsToCover.width * scale, pointsToCover.height * scale), &own);
     if (pixels.isNull()) {
         kLog.write("cannot read " + path);
         return nullptr;
@@ -257,6 +185,29 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path,
     std::shared_ptr<Image> image(new Image);
     image->source_->raster = std::move(pixels);
     image->size_ = {double(own.width()), double(own.height())};
+    return image;
+}
+
+Size Image::pixelSizeOfFile(const std::string& path) {
+    const QString qpath = QString::fromStdString(path);
+    if (!isRegularFile(qpath))
+        return {};
+    QImageReader reader(qpath);
+    reader.setAutoTransform(true);
+    const QSize size = orientedSize(reader);
+    return size.isValid() ? Size{double(size.width()), double(size.height())} : Size{};
+}
+
+std::shared_ptr<Image> Image::imageWithKeptThumbnailOfFile(const std::string& path,
+                                                           Size minimumPixels) {
+    QImage kept = DesktopThumbnail::find(
+        QString::fromStdString(path),
+        QSize(int(std::ceil(minimumPixels.width)), int(std::ceil(minimumPixels.height))));
+    if (kept.isNull())
+        return nullptr;
+    std::shared_ptr<Image> image(new Image);
+    image->size_ = {double(kept.width()), double(kept.height())};
+    image->source_->raster = kept.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     return image;
 }
 

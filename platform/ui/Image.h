@@ -12,7 +12,9 @@ class Bitmap;
 class Bundle;
 class GraphicsContext;
 
-enum class ImageCacheMode { Default, Always, BySize, Never };
+// NSImageCacheMode: images here cache nothing (a drawing handler runs at every drawing), so
+// never is the one mode there is to ask for.
+enum class ImageCacheMode { Never = 3 };
 
 // NSCompositingOperation: copy replaces the destination, source-over blends onto it.
 enum class CompositingOperation { Copy = 1, SourceOver = 2 };
@@ -46,6 +48,14 @@ class Image : public std::enable_shared_from_this<Image> {
     static std::shared_ptr<Image> imageWithContentsOfFile(const std::string& path,
                                                           Size pointsToCover,
                                                           double backingScale);
+    // The pixel size of the raster picture in the file at |path| as it is shown (after the
+    // file's own orientation), read from its header without decoding; zero when it has none.
+    static Size pixelSizeOfFile(const std::string& path);
+    // The smallest thumbnail the desktop keeps of the file at |path| (see DesktopThumbnail) with
+    // at least |minimumPixels| on each axis, made from the file as it is now; nullptr when there
+    // is none. Its size is its pixel size.
+    static std::shared_ptr<Image> imageWithKeptThumbnailOfFile(const std::string& path,
+                                                               Size minimumPixels);
     // imageWithSize:flipped:drawingHandler:
     static std::shared_ptr<Image> imageWithSize(Size size, bool flipped, DrawingHandler handler);
     // An image wrapping rendered pixels (the bitmap's point size is its pixel size / scale).
@@ -56,8 +66,8 @@ class Image : public std::enable_shared_from_this<Image> {
     const std::string& name() const { return name_; }
     void setName(const std::string& name) { name_ = name; }
     bool isFlipped() const { return flipped_; }
-    ImageCacheMode cacheMode() const { return cacheMode_; }
-    void setCacheMode(ImageCacheMode mode) { cacheMode_ = mode; }
+    // Nothing to keep: every image already draws as never-cached asks.
+    void setCacheMode(ImageCacheMode) {}
 
     // Draws the whole image into |rect| of the current graphics context at |fraction| opacity.
     void drawInRect(const Rect& rect, double fraction = 1.0) const;
@@ -94,7 +104,6 @@ class Image : public std::enable_shared_from_this<Image> {
     Size size_;
     std::string name_;
     bool flipped_ = false;
-    ImageCacheMode cacheMode_ = ImageCacheMode::Default;
 };
 
 using ImagePtr = std::shared_ptr<Image>;

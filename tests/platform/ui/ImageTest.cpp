@@ -1,12 +1,6 @@
 #include <sys/stat.h>
 
-#include <QBuffer>
-#include <QCryptographicHash>
-#include <QDateTime>
-#include <QDir>
-#include <QFileInfo>
 #include <QImage>
-#include <QUrl>
 
 #include "platform/core/Log.h"
 #include "tests/platform/ui/PixelTestSupport.h"
@@ -72,7 +66,6 @@ TEST(ImageTest, DrawingHandlerRunsAtEveryDrawingInImageCoordinates) {
         fill(kRed, NSMakeRect(0, 0, 10, 1));  // the image's bottom row
         return true;
     });
-    image->setCacheMode(ImageCacheMode::Never);
     auto bitmap = render(20, 20, 2, [&](GraphicsContext&) {
         image->drawInRect(NSMakeRect(0, 10, 20, 10));  // twice the size: rows are 2 points
         image->drawInRect(NSMakeRect(0, 0, 20, 10), 0.5);
@@ -99,7 +92,8 @@ TEST(ImageTest, BitmapImagesAndPngRoundTrip) {
     ASSERT_TRUE(source->writePNG(dir.file("out.png")));
     auto read = Bitmap::readPNG(dir.file("out.png"));
     ASSERT_TRUE(read);
-    EXPECT_EQ(std::make_pair(12, 8), std::make_pair(read->pixelWidth(), read->pixelHeight()));
+    EXPECT_EQ(12, read->pixelWidth());
+    EXPECT_EQ(8, read->pixelHeight());
     EXPECT_EQ(source->pixelAt(0, 0), read->pixelAt(0, 0));
     EXPECT_EQ(kClear, read->pixelAt(-1, 0));  // outside: nothing
     auto image = Image::imageWithBitmap(source);
@@ -112,7 +106,8 @@ TEST(ImageTest, BitmapImagesAndPngRoundTrip) {
     EXPECT_FALSE(source->writePNG(dir.file("no/such/dir/out.png")));
 }
 
-// What is not a picture (nor a directory) gives no image and a log line, without blocking.
+// What is not a picture (nor a directory) gives no image, no size and a log line, without
+// blocking.
 TEST(ImageCoveringDecode, WhatIsNoPictureGivesNoImage) {
     TempDir dir;
     dir.writeText("corrupt.jpg", std::string("\xFF\xD8\xFF\xE0 not really", 15));
@@ -122,117 +117,9 @@ TEST(ImageCoveringDecode, WhatIsNoPictureGivesNoImage) {
     for (const char* name :
          {"corrupt.jpg", "empty.jpg", "fifo.jpg", "missing.jpg", "junk.svg", ""}) {
         EXPECT_FALSE(Image::imageWithContentsOfFile(dir.file(name), {60, 60}, 2)) << name;
+        EXPECT_EQ(Size(), Image::pixelSizeOfFile(dir.file(name))) << name;
         LogCapture log;
         EXPECT_FALSE(Image::imageWithContentsOfFile(dir.file(name))) << name;
         EXPECT_EQ(1u, log.lines().size()) << name;
-    }
-}
-
-namespace {
-
-// A dark-red 1200 x 900 JPEG whose EXIF block (in |bigEndian| or little-endian TIFF order) holds
-// a blue thumbnail of |thumbnail| pixels; the shifts move its recorded offset and length.
-std::string writeCameraJpeg(const TempDir& dir,
-                            QSize thumbnail,
-                            bool bigEndian,
-                            int offsetShift,
-                            int lengthShift) {
-    auto jpeg = [](QSize size, QColor colour) {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(colour);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "JPEG");
-        return bytes;
-    };
-    const QByteArray small = jpeg(thumbnail, Qt::blue);
-    QByteArray tiff(bigEndian ? "MM" : "II");
-    auto put = [&](quint32 value, int width) {
-        for (int i = 0; i < width; ++i)
-            tiff.append(char(value >> 8 * (bigEndian ? width - 1 - i : i)));
-    };
-    // Header, an empty first directory linking to the second, which has offset and length.
-    put(42, 2), put(8, 4), put(0, 2), put(14, 4), put(2, 2);
-    put(0x0201, 2), put(4, 2), put(1, 4), put(44 + offsetShift, 4);
-    put(0x0202, 2), put(3, 2), put(1, 4), put(small.size() + lengthShift, 2), put(0, 2), put(0, 4);
-    const QByteArray body = "Exif" + QByteArray(2, '\0') + tiff + small;
-    QByteArray file = jpeg({1200, 900}, Qt::darkRed);
-    file.insert(2, "\xFF\xE1" + QByteArray(1, char((body.size() + 2) >> 8)) +
-                       QByteArray(1, char(body.size() + 2)) + body);
-    return dir.writeText("camera.jpg", file.toStdString());
-}
-
-}  // namespace
-
-// A camera's thumbnail stands in for the photo only when it shows all of it with enough pixels;
-// otherwise the photo is decoded at a fraction of its size. The image keeps the photo's own size
-// either way, but only the pixels the view can show.
-TEST(ImageCoveringDecode, UsesTheCamerasThumbnailOnlyWhenItShowsTheWholePhoto) {
-    const struct {
-        QSize thumbnail;
-        bool bigEndian;
-        int offsetShift, lengthShift;
-        bool fromThumbnail;
-    } cases[] = {
-        {{160, 120}, false, 0, 0, true},  {{320, 240}, true, 0, 0, true},
-        {{320, 180}, false, 0, 0, false}, {{159, 120}, true, 0, 0, false},
-        {{160, 120}, false, 9, 0, false}, {{160, 120}, true, 1 << 20, 0, false},
-        {{160, 120}, true, 0, 1, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.thumbnail.width() << "x" << c.thumbnail.height()
-                                        << " shifts " << c.offsetShift << ", " << c.lengthShift);
-        TempDir dir;
-        const auto image = Image::imageWithContentsOfFile(
-            writeCameraJpeg(dir, c.thumbnail, c.bigEndian, c.offsetShift, c.lengthShift), {60, 60},
-            2);
-        ASSERT_TRUE(image);
-        EXPECT_EQ((Size{1200, 900}), image->size());
-        EXPECT_EQ((Size{160, 120}), image->rasterPixelSize());
-        const Rgba middle = image->bitmapAtScale(2)->pixelAt(80, 60);
-        EXPECT_EQ(c.fromThumbnail, middle.b > middle.r);
-    }
-}
-
-// A thumbnail the file manager keeps stands in for the picture only when it is of this file as
-// it is now, shows all of it and has enough pixels.
-TEST(ImageCoveringDecode, UsesTheDesktopsThumbnailOfTheFileAsItIsNow) {
-    const struct {
-        const char* folder;
-        QSize size;
-        const char* uriSuffix;
-        int mtimeShift;
-        bool fromThumbnail;
-    } cases[] = {
-        {"large", {256, 192}, "", 0, true},    {"normal", {128, 96}, "", 0, false},
-        {"x-large", {512, 288}, "", 0, false}, {"large", {256, 192}, "", -10, false},
-        {"large", {256, 192}, "x", 0, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.folder);
-        TempDir dir;
-        QImage photo(1200, 900, QImage::Format_RGB32);
-        photo.fill(Qt::darkRed);
-        const QString path = QString::fromStdString(dir.file("my photo.jpg"));
-        ASSERT_TRUE(photo.save(path, "JPEG"));
-        const QByteArray uri = "file://" + QUrl::toPercentEncoding(path, "/");
-        QImage thumbnail(c.size, QImage::Format_RGB32);
-        thumbnail.fill(Qt::blue);
-        thumbnail.setText("Thumb::URI", uri + c.uriSuffix);
-        thumbnail.setText(
-            "Thumb::MTime",
-            QString::number(QFileInfo(path).lastModified().toSecsSinceEpoch() + c.mtimeShift));
-        const QString folder = QString::fromStdString(testing_support::testRoot()) +
-                               "/cache/thumbnails/" + c.folder + "/";
-        QDir().mkpath(folder);
-        const QString name = QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex();
-        ASSERT_TRUE(thumbnail.save(folder + name + ".png"));
-        const auto image = Image::imageWithContentsOfFile(path.toStdString(), {60, 60}, 2);
-        QFile::remove(folder + name + ".png");
-        ASSERT_TRUE(image);
-        EXPECT_EQ((Size{1200, 900}), image->size());
-        const Rgba middle = image->bitmapAtScale(2)->pixelAt(80, 60);
-        EXPECT_EQ(c.fromThumbnail, middle.b > middle.r);
     }
 }
