@@ -9,9 +9,6 @@ using platform::Event;
 
 namespace {
 
-constexpr uint16_t kEscapeKeyCode = 53;
-constexpr uint16_t kReturnKeyCode = 36;
-
 // Closures are called through a copy: one may replace itself on the view while it runs.
 template <typename Block, typename... Args>
 auto callCopy(const Block& block, Args... args) {
@@ -30,12 +27,12 @@ PLSTextView::PLSTextView(const platform::Rect& frame) : TextView(frame) {
 
 void PLSTextView::keyDown(const Event& event) {
     const uint16_t keyCode = event.keyCode();
-    if (didPressEscKeyBlock_ && keyCode == kEscapeKeyCode) {
+    if (didPressEscKeyBlock_ && keyCode == platform::kVK_Escape) {
         if (!callCopy(didPressEscKeyBlock_))
             TextView::keyDown(event);
         return;
     }
-    if (didPressEnterKeyBlock_ && keyCode == kReturnKeyCode) {
+    if (didPressEnterKeyBlock_ && keyCode == platform::kVK_Return) {
         if (!callCopy(didPressEnterKeyBlock_))
             TextView::keyDown(event);
         return;

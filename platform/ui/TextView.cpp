@@ -433,7 +433,7 @@ void TextView::keyDown(const Event& event) {
         case kVK_Delete:
             deleteBackward();
             return;
-        case 117:  // forward delete
+        case kVK_ForwardDelete:
             deleteForward();
             return;
         case kVK_LeftArrow:

@@ -67,27 +67,32 @@ uint16_t virtualKeyCodeOf(int key) {
         case Qt::Key_Tab:
             return kVK_Tab;
         case Qt::Key_Space:
-            return 49;
+            return kVK_Space;
         case Qt::Key_Delete:
-            return 117;
+            return kVK_ForwardDelete;
         case Qt::Key_Home:
-            return 115;
+            return kVK_Home;
         case Qt::Key_End:
-            return 119;
+            return kVK_End;
         case Qt::Key_PageUp:
-            return 116;
+            return kVK_PageUp;
         case Qt::Key_PageDown:
-            return 121;
+            return kVK_PageDown;
         default:
             break;
     }
     if (key >= Qt::Key_A && key <= Qt::Key_Z) {
-        static const uint16_t letters[26] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
-                                             45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
+        static const uint16_t letters[26] = {
+            kVK_ANSI_A, kVK_ANSI_B, kVK_ANSI_C, kVK_ANSI_D, kVK_ANSI_E, kVK_ANSI_F, kVK_ANSI_G,
+            kVK_ANSI_H, kVK_ANSI_I, kVK_ANSI_J, kVK_ANSI_K, kVK_ANSI_L, kVK_ANSI_M, kVK_ANSI_N,
+            kVK_ANSI_O, kVK_ANSI_P, kVK_ANSI_Q, kVK_ANSI_R, kVK_ANSI_S, kVK_ANSI_T, kVK_ANSI_U,
+            kVK_ANSI_V, kVK_ANSI_W, kVK_ANSI_X, kVK_ANSI_Y, kVK_ANSI_Z};
         return letters[key - Qt::Key_A];
     }
     if (key >= Qt::Key_0 && key <= Qt::Key_9) {
-        static const uint16_t digits[10] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
+        static const uint16_t digits[10] = {kVK_ANSI_0, kVK_ANSI_1, kVK_ANSI_2, kVK_ANSI_3,
+                                            kVK_ANSI_4, kVK_ANSI_5, kVK_ANSI_6, kVK_ANSI_7,
+                                            kVK_ANSI_8, kVK_ANSI_9};
         return digits[key - Qt::Key_0];
     }
     return 0;
