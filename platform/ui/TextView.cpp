@@ -479,10 +479,8 @@ void TextView::drawRect(const Rect&) {
         // 14-point font's line in a 14-point frame) shows its descenders below the frame, and
         // only a view that clips to its bounds cuts them.
         const double height = std::max(area.size.height, layoutManager_.layOut().size.height);
-        const Rect textRect =
-            NSMakeRect(container_.lineFragmentPadding(), area.size.height - height, width, height);
-        drawStringInRect(string_, textRect, attributes, static_cast<int>(TextAlignment::Left),
-                         static_cast<int>(LineBreakMode::ByWordWrapping), TextClipping::None);
+        drawStringInRect(string_, viewRectFromTextRect(NSMakeRect(0, 0, width, height)), attributes,
+                         TextAlignment::Left, LineBreakMode::ByWordWrapping, TextClipping::None);
     }
     if (focused && editable_ && selection_.length == 0) {
         Rect caret =
