@@ -1,6 +1,5 @@
 #include "viewkit/PLSTextView.h"
 
-#include "platform/core/MainQueue.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/StringDrawing.h"
 #include "viewkit/ColorSExt.h"
@@ -19,7 +18,6 @@ auto callCopy(const Block& block, Args... args) {
 }  // namespace
 
 PLSTextView::PLSTextView(const platform::Rect& frame) : TextView(frame) {
-    platform::MainQueue::assertMainThread("PLSTextView");
     platform::TextAttributes linkAttributes;
     linkAttributes.foregroundColor = SExt::colorWithHex("#00A2FF");
     setLinkTextAttributes(linkAttributes);

@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
@@ -285,6 +286,7 @@ Window::Window(const Rect& contentRect, const std::string& title)
       frame_(contentRect),
       windowNumber_(nextWindowNumber++),
       title_(title) {
+    MainQueue::assertMainThread("Window");
     Application::addWindow(this);
 }
 
@@ -296,6 +298,7 @@ Window::~Window() {
 }
 
 void Window::setContentView(std::shared_ptr<View> view) {
+    MainQueue::assertMainThread("Window::setContentView");
     if (view == contentView_)
         return;
     if (contentView_)
@@ -310,6 +313,7 @@ void Window::setContentView(std::shared_ptr<View> view) {
 }
 
 void Window::sendEvent(const Event& event) {
+    MainQueue::assertMainThread("Window::sendEvent");
     dispatchEvent(event);
     // Layer changes (a row's tint, say) mark nothing dirty themselves; like a layer transaction,
     // what an event handler changed shows when the event's turn ends.
@@ -419,6 +423,7 @@ void Window::dispatchEvent(const Event& event) {
 }
 
 bool Window::makeFirstResponder(Responder* responder) {
+    MainQueue::assertMainThread("Window::makeFirstResponder");
     Responder* target = responder ? responder : this;
     if (target == firstResponder_)
         return true;
@@ -479,6 +484,7 @@ void Window::setBackingScaleFactor(double scale) {
 }
 
 void Window::makeKeyAndOrderFront() {
+    MainQueue::assertMainThread("Window::makeKeyAndOrderFront");
     visible_ = true;
     if (!DisplayEventLoop::hasDisplay())
         return;
@@ -518,6 +524,7 @@ void Window::startMoveByPointer() {
 }
 
 void Window::close() {
+    MainQueue::assertMainThread("Window::close");
     visible_ = false;
     if (native_->window)
         native_->window->hide();
