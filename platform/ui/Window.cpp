@@ -226,10 +226,10 @@ class NativeWindow : public QRasterWindow {
         return EventType::MouseMoved;
     }
 
-    // Qt's position (top-left origin, y down) in the window's base coordinates (bottom-left
-    // origin, y up): the one place the two meet for input.
+    // |position| is in Qt's window coordinates (top-left origin, y down); the result in the
+    // window's base coordinates.
     Point baseLocationOf(const QPointF& position) const {
-        return {position.x(), height() - position.y()};
+        return flippedPoint({position.x(), position.y()}, height());
     }
 
     int countClick(const QMouseEvent* event) {
@@ -498,11 +498,9 @@ void Window::makeKeyAndOrderFront() {
     window.resize(width, height);
     window.setMinimumSize(QSize(width, height));
     window.setMaximumSize(QSize(width, height));
-    // Our screen coordinates have y up; Qt's have y down.
     if (QScreen* screen = window.screen()) {
-        const int screenHeight = screen->geometry().height();
-        window.setPosition(static_cast<int>(frame_.origin.x),
-                           screenHeight - static_cast<int>(frame_.maxY()));
+        const Rect onScreen = flippedRect(frame_, screen->geometry().height());
+        window.setPosition(QPointF(onScreen.origin.x, onScreen.origin.y).toPoint());
     }
     window.show();
     window.raise();
@@ -548,10 +546,12 @@ std::shared_ptr<Bitmap> Window::snapshot(double scale) const {
 std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
     if (rect.isEmpty())
         return nullptr;
-    // Both the server and Qt measure from the window's top-left corner, y down.
-    const double windowTop = screenFrame().size.height - frame_.maxY();
-    const QRectF local(rect.origin.x - frame_.origin.x, rect.origin.y - windowTop, rect.size.width,
-                       rect.size.height);
+    // |rect| is in the server's space; |local| measures from the window's top-left corner, as
+    // Qt does within the window.
+    const Point windowTopLeft =
+        flippedPoint({frame_.minX(), frame_.maxY()}, screenFrame().size.height);
+    const QRectF local(rect.origin.x - windowTopLeft.x, rect.origin.y - windowTopLeft.y,
+                       rect.size.width, rect.size.height);
     if (isShownOnDisplay()) {
         QScreen* screen = native_->window->screen();
         if (!screen)

@@ -140,3 +140,22 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     window.makeFirstResponder(nullptr);
     EXPECT_TRUE(selected().empty());
 }
+
+// While the view is first responder and editable, its ring hugs the used text from outside: above
+// the first line at the top of the view, below it inside the view, and nowhere near the view's
+// bottom.
+TEST_F(TextViewTest, FocusRingHugsTheUsedTextAtTheTop) {
+    text->setString("Hello");
+    const Rect used = text->focusRingMaskBounds();
+    ASSERT_EQ(100, used.maxY());
+    const double x = 20 + used.midX(), top = 20 + used.maxY(), bottom = 20 + used.minY();
+    const Rgba ring{0x3B, 0x99, 0xFC, 128}, ringOverWhite{157, 204, 254, 255};
+    for (double scale : {1.0, 2.0}) {
+        SCOPED_TRACE(scale);
+        pixel_test::expectPixels(*window.snapshot(scale), {{x, top + 1.5, ring},
+                                                           {x, top + 4, pixel_test::kClear},
+                                                           {x, bottom - 1.5, ringOverWhite},
+                                                           {x, 21.5, pixel_test::kWhite},
+                                                           {x, 18.5, pixel_test::kClear}});
+    }
+}
