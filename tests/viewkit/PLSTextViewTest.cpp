@@ -110,13 +110,16 @@ TEST_F(PLSTextViewTest, TypingSelectionStyleAndFocusRing) {
     EXPECT_EQ(chosen, text->textColor());
     text->setSelected(false);
     EXPECT_TRUE(*Color::blackColor() == *text->textColor());
-    for (const auto& [ask, editable] : {std::pair{false, true}, {true, true}, {true, false}}) {
-        text->setPlShowFocusRingIfEditable(ask);
-        text->setEditable(editable);
-        EXPECT_EQ(ask && editable ? text->bounds() : platform::NSZeroRect,
-                  text->focusRingMaskBounds());
+    const struct {
+        bool ask, editable, ring;
+    } rings[] = {{false, true, false}, {true, true, true}, {true, false, false}};
+    for (const auto& r : rings) {
+        SCOPED_TRACE(std::to_string(r.ask) + " " + std::to_string(r.editable));
+        text->setPlShowFocusRingIfEditable(r.ask);
+        text->setEditable(r.editable);
+        EXPECT_EQ(r.ring ? text->bounds() : platform::NSZeroRect, text->focusRingMaskBounds());
         const auto fill = [&](auto&) { Color::blackColor()->set(), text->drawFocusRingMask(); };
-        EXPECT_EQ(ask && editable ? 255 : 0,
+        EXPECT_EQ(r.ring ? 255 : 0,
                   platform::Bitmap::drawn({150, 14}, 1, fill)->pixelAtPoint(149.5, 0.5).a);
     }
     // Links show in blue; a text view whose layout manager has gone measures nothing.

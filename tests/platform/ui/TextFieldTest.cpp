@@ -36,17 +36,21 @@ TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
 
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));
-    EXPECT_TRUE(ink.bottom < 18 && ink.left >= 2 && ink.left < 6);
+    EXPECT_LT(ink.bottom, 18);
+    EXPECT_GE(ink.left, 2);
+    EXPECT_LT(ink.left, 6);
     field->setAlignment(TextAlignment::Center);
     EXPECT_NEAR(100, inkOf(*Bitmap::renderView(*field, 1)).midX(), 4);
     field->setAlignment(TextAlignment::Right);
     ink = inkOf(*Bitmap::renderView(*field, 1));
-    EXPECT_TRUE(ink.right > 190 && ink.right <= 198);
+    EXPECT_GT(ink.right, 190);
+    EXPECT_LE(ink.right, 198);
     EXPECT_LT(inkOf(*Bitmap::renderView(*label(NSMakeRect(0, 0, 120, 16), "Hg"), 2)).top, 10);
     auto clipped = label(NSMakeRect(0, 0, 60, 20), "A rather long title for a button");
     clipped->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     ink = inkOf(*Bitmap::renderView(*clipped, 1));
-    EXPECT_TRUE(ink.right <= 58 && ink.bottom < 18);  // one line, no wrapping
+    EXPECT_LE(ink.right, 58);
+    EXPECT_LT(ink.bottom, 18);  // one line, no wrapping
 
     // A truncating label a little too narrow for its title closes the letters up instead of cutting
     // the title; one far too narrow still truncates, as does every label that does not allow it.

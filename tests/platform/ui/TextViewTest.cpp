@@ -125,7 +125,8 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     text->setString("Hello");
     auto render = [&] { return Bitmap::renderView(*text, 1); };
     const auto ink = pixel_test::inkOf(*render(), [](const Rgba& p) { return p.r < 128; });
-    EXPECT_TRUE(ink.top < 8 && ink.left >= 5);
+    EXPECT_LT(ink.top, 8);
+    EXPECT_GE(ink.left, 5);
     EXPECT_EQ(pixel_test::kWhite, render()->pixelAtPoint(150, 10));
     text->setDrawsBackground(false);
     EXPECT_EQ(0, render()->pixelAtPoint(150, 10).a);
