@@ -62,3 +62,20 @@ TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
         EXPECT_NE(drawnTitle(width, false) == drawnTitle(width, true), tightens) << tooWide;
     }
 }
+
+// Truncating the tail keeps the title's start, as the middle does; truncating the head does not.
+TEST(TextFieldTest, TruncationKeepsTheStartUnlessTheHeadGoes) {
+    const auto start = [](LineBreakMode mode) {
+        auto field = label(NSMakeRect(0, 0, 60, 20), "A rather long title for a button");
+        field->setLineBreakMode(mode);
+        return Bitmap::renderView(*field, 2)->qimage().copy(0, 0, 40, 40);
+    };
+    const QImage clipped = start(LineBreakMode::ByClipping);
+    const std::pair<LineBreakMode, bool> cases[] = {{LineBreakMode::ByTruncatingHead, false},
+                                                    {LineBreakMode::ByTruncatingMiddle, true},
+                                                    {LineBreakMode::ByTruncatingTail, true}};
+    for (const auto& [mode, keepsStart] : cases) {
+        SCOPED_TRACE(static_cast<int>(mode));
+        EXPECT_EQ(keepsStart, start(mode) == clipped);
+    }
+}
