@@ -498,6 +498,7 @@ void Window::makeKeyAndOrderFront() {
     window.resize(width, height);
     window.setMinimumSize(QSize(width, height));
     window.setMaximumSize(QSize(width, height));
+    // Qt places the window by its top-left corner on the screen, y down.
     if (QScreen* screen = window.screen()) {
         const Rect onScreen = flippedRect(frame_, screen->geometry().height());
         window.setPosition(QPointF(onScreen.origin.x, onScreen.origin.y).toPoint());
