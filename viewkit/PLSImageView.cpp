@@ -29,7 +29,6 @@ constexpr double kHighlightAlpha = 0.4;
 }  // namespace
 
 PLSImageView::PLSImageView(const Rect& frame) : ImageView(frame) {
-    platform::MainQueue::assertMainThread("PLSImageView");
     setPlCornerRadius(0.0);
 }
 

@@ -3,7 +3,6 @@
 #include <cfloat>
 #include <cmath>
 
-#include "platform/core/MainQueue.h"
 #include "platform/ui/BezierPath.h"
 #include "platform/ui/StringDrawing.h"
 #include "platform/ui/Window.h"
@@ -24,7 +23,6 @@ double ceilInSinglePrecision(double value) {
 }  // namespace
 
 PLSOutlineButton::PLSOutlineButton(const Rect& frame) : View(frame) {
-    platform::MainQueue::assertMainThread("PLSOutlineButton");
     titleLabel_ = std::make_shared<platform::TextField>(bounds());
     titleLabel_->setBordered(false);
     titleLabel_->setBackgroundColor(Color::clearColor());

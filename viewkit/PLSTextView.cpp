@@ -1,6 +1,5 @@
 #include "viewkit/PLSTextView.h"
 
-#include "platform/core/MainQueue.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/StringDrawing.h"
 #include "viewkit/ColorSExt.h"
@@ -8,9 +7,6 @@
 using platform::Event;
 
 namespace {
-
-constexpr uint16_t kEscapeKeyCode = 53;
-constexpr uint16_t kReturnKeyCode = 36;
 
 // Closures are called through a copy: one may replace itself on the view while it runs.
 template <typename Block, typename... Args>
@@ -22,7 +18,6 @@ auto callCopy(const Block& block, Args... args) {
 }  // namespace
 
 PLSTextView::PLSTextView(const platform::Rect& frame) : TextView(frame) {
-    platform::MainQueue::assertMainThread("PLSTextView");
     platform::TextAttributes linkAttributes;
     linkAttributes.foregroundColor = SExt::colorWithHex("#00A2FF");
     setLinkTextAttributes(linkAttributes);
@@ -30,12 +25,12 @@ PLSTextView::PLSTextView(const platform::Rect& frame) : TextView(frame) {
 
 void PLSTextView::keyDown(const Event& event) {
     const uint16_t keyCode = event.keyCode();
-    if (didPressEscKeyBlock_ && keyCode == kEscapeKeyCode) {
+    if (didPressEscKeyBlock_ && keyCode == platform::kVK_Escape) {
         if (!callCopy(didPressEscKeyBlock_))
             TextView::keyDown(event);
         return;
     }
-    if (didPressEnterKeyBlock_ && keyCode == kReturnKeyCode) {
+    if (didPressEnterKeyBlock_ && keyCode == platform::kVK_Return) {
         if (!callCopy(didPressEnterKeyBlock_))
             TextView::keyDown(event);
         return;

@@ -62,7 +62,8 @@ class PLSTextView : public platform::TextView {
     const Block& didChangeTextBlock() const { return didChangeTextBlock_; }
     void setDidChangeTextBlock(Block block) { didChangeTextBlock_ = std::move(block); }
 
-    // Escape (53) and Return (36) go to their closures when set; everything else to the base.
+    // Escape (kVK_Escape) and Return (kVK_Return) go to their closures when set; everything else,
+    // keypad Enter included, to the base.
     void keyDown(const platform::Event& event) override;
     // With ignoreMouseEvent the event goes straight to the next responder; else the closure
     // replaces the base's handling (no caret, no selection). No hit test.

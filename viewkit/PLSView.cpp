@@ -1,12 +1,8 @@
 #include "viewkit/PLSView.h"
 
-#include "platform/core/MainQueue.h"
-
 using platform::Event;
 
-PLSView::PLSView(const platform::Rect& frame) : View(frame) {
-    platform::MainQueue::assertMainThread("PLSView");
-}
+PLSView::PLSView(const platform::Rect& frame) : View(frame) {}
 
 bool PLSView::isInside(const Event& event) const {
     const platform::Point point = convertPoint(event.locationInWindow(), nullptr);

@@ -31,14 +31,15 @@ ImagePtr screenCacheImageForViewWithRect(const View& view, const Rect& rect) {
     const View* contentView = window ? window->contentView().get() : nullptr;
     const Rect inContent = view.convertRectToView(rect, contentView);
 
-    // The server's space has its origin at the top-left corner of the window's screen, y down;
-    // a missing window or screen measures 0.
+    // The server's space has its origin at the top-left corner of the window's screen, y down.
+    // The content view's runs up from the window's bottom-left corner: flip within the height
+    // from there to the screen's top, then move by the window's x. A missing window or screen
+    // measures 0.
     const Rect windowFrame = window ? window->frame() : platform::NSZeroRect;
     const double screenHeight = window ? window->screenFrame().size.height : 0;
-    const Rect captureRect = platform::NSMakeRect(
-        windowFrame.origin.x + inContent.origin.x,
-        screenHeight - windowFrame.origin.y - inContent.origin.y - inContent.size.height,
-        inContent.size.width, inContent.size.height);
+    const Rect captureRect = platform::NSOffsetRect(
+        platform::flippedRect(inContent, screenHeight - windowFrame.origin.y), windowFrame.origin.x,
+        0);
     const auto capture = platform::WindowServer::createImageOfWindow(
         captureRect, window ? window->windowNumber() : 0);
     if (!capture)

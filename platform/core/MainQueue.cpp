@@ -141,7 +141,10 @@ void MainQueue::after(int64_t delayNanoseconds, std::function<void()> task) {
 }
 
 bool MainQueue::isMainThread() {
-    return gettid() == getpid();
+    // Every view entry point asks: each thread learns its answer once, as the two system calls
+    // cost microseconds on some machines.
+    thread_local const bool isMain = gettid() == getpid();
+    return isMain;
 }
 
 void MainQueue::assertMainThread(const char* where) {

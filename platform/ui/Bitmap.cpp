@@ -73,9 +73,10 @@ Rgba Bitmap::pixelAt(int px, int py) const {
 }
 
 Rgba Bitmap::pixelAtPoint(double x, double y) const {
-    int px = static_cast<int>(std::floor(x * scale_));
-    int py = pixelHeight() - 1 - static_cast<int>(std::floor(y * scale_));
-    return pixelAt(px, py);
+    // The pixel holding the point, in our space, then among the rows counted from the top.
+    const Rect pixel = NSMakeRect(std::floor(x * scale_), std::floor(y * scale_), 1, 1);
+    const Rect fromTop = flippedRect(pixel, pixelHeight());
+    return pixelAt(static_cast<int>(fromTop.origin.x), static_cast<int>(fromTop.origin.y));
 }
 
 bool Bitmap::writePNG(const std::string& path) const {

@@ -35,6 +35,14 @@ Rect NSOffsetRect(const Rect& rect, double dx, double dy) {
     return NSMakeRect(rect.origin.x + dx, rect.origin.y + dy, rect.size.width, rect.size.height);
 }
 
+Point flippedPoint(Point point, double height) {
+    return {point.x, height - point.y};
+}
+
+Rect flippedRect(const Rect& rect, double height) {
+    return {{rect.origin.x, height - rect.origin.y - rect.size.height}, rect.size};
+}
+
 std::string NSStringFromPoint(Point point) {
     return "{" + formatNumber(point.x) + ", " + formatNumber(point.y) + "}";
 }

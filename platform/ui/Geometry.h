@@ -51,6 +51,15 @@ bool NSPointInRect(Point point, const Rect& rect);
 Rect NSIntersectionRect(const Rect& a, const Rect& b);
 Rect NSOffsetRect(const Rect& rect, double dx, double dy);
 
+// The one conversion between our coordinates and top-left ones. Ours have the origin at the
+// bottom-left corner and y growing upward; top-left ones (Qt's, the window server's, a text
+// layout's, a picture's rows) have the origin at the top-left corner and y growing downward.
+// |point| and |rect| are in either space of an area |height| units tall (its width plays no
+// part); the result is the same point or rect in the other space. The flip is its own inverse,
+// so one call serves both ways.
+Point flippedPoint(Point point, double height);
+Rect flippedRect(const Rect& rect, double height);
+
 // "{{x, y}, {w, h}}" with the shortest text that reads back to the same doubles.
 std::string NSStringFromRect(const Rect& rect);
 std::string NSStringFromPoint(Point point);

@@ -24,6 +24,16 @@ QColor toQColor(const Color& color) {
     return QColor::fromRgbF(unit(r), unit(g), unit(b), unit(a));
 }
 
+// flippedPoint as a painter transform (read off the images of the origin and the unit axes), so
+// that drawing and geometry flip the same way.
+QTransform flipTransform(double height) {
+    const Point origin = flippedPoint({0, 0}, height);
+    const Point unitX = flippedPoint({1, 0}, height);
+    const Point unitY = flippedPoint({0, 1}, height);
+    return QTransform(unitX.x - origin.x, unitX.y - origin.y, unitY.x - origin.x,
+                      unitY.y - origin.y, origin.x, origin.y);
+}
+
 QRectF toQRect(const Rect& rect) {
     return QRectF(rect.origin.x, rect.origin.y, rect.size.width, rect.size.height).normalized();
 }
@@ -49,8 +59,9 @@ GraphicsContext::Current::~Current() {
 
 GraphicsContext::GraphicsContext(QPainter* painter, double deviceHeightPoints, double scale)
     : painter_(painter), deviceHeight_(deviceHeightPoints), scale_(scale) {
-    // The only meeting of the two spaces: points with y up become pixels with y down.
-    painter_->setWorldTransform(QTransform(scale, 0, 0, -scale, 0, deviceHeightPoints * scale));
+    // Points with y up become pixels with y down.
+    painter_->setWorldTransform(flipTransform(deviceHeightPoints) *
+                                QTransform::fromScale(scale, scale));
     painter_->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform |
                              QPainter::TextAntialiasing);
     state_.fill = Color::blackColor();
@@ -147,8 +158,9 @@ Rect GraphicsContext::toDeviceSpace(const Rect& rect) const {
 }
 
 void GraphicsContext::applyTopDownTransform(QPainter& painter, const Rect& rect) {
-    painter.translate(rect.origin.x, rect.maxY());
-    painter.scale(1, -1);
+    painter.setWorldTransform(
+        flipTransform(rect.size.height) * QTransform::fromTranslate(rect.origin.x, rect.origin.y),
+        true);
 }
 
 void GraphicsContext::paint(const std::function<void(QPainter&)>& draw) {

@@ -18,7 +18,7 @@ using CGContextRef = GraphicsContext*;
 
 // Where drawing goes. While a view draws, the current context's coordinates are the view's own:
 // origin bottom-left, y up, in points; the conversion to the device (top-left, pixels) is the
-// context's transform and happens nowhere else. One current context per thread.
+// context's transform, made from flippedPoint (Geometry.h). One current context per thread.
 class GraphicsContext {
   public:
     // currentContext: the context a drawRect runs in; nullptr outside drawing.

@@ -68,7 +68,7 @@ LaidOutText layOutAfresh(const QString& text,
                          double width,
                          Wrap wrap,
                          bool withLeading,
-                         int alignment,
+                         TextAlignment alignment,
                          double boxWidth) {
     LaidOutText result;
     result.lineHeight = lineHeightOf(QFontMetricsF(qfont, Font::layoutDevice()), withLeading);
@@ -88,9 +88,9 @@ LaidOutText layOutAfresh(const QString& text,
         double natural = line.naturalTextWidth();
         result.widest = std::max(result.widest, natural);
         double x = 0;
-        if (alignment == 1)
+        if (alignment == TextAlignment::Right)
             x = boxWidth - natural;
-        else if (alignment == 2)
+        else if (alignment == TextAlignment::Center)
             x = (boxWidth - natural) / 2;
         line.setPosition(QPointF(x, top));
         top += result.lineHeight;
@@ -107,7 +107,7 @@ struct LayoutKey {
     double width;
     Wrap wrap;
     bool withLeading;
-    int alignment;
+    TextAlignment alignment;
     double boxWidth;
 
     bool operator==(const LayoutKey& o) const {
@@ -163,7 +163,7 @@ std::shared_ptr<const LaidOutText> layOut(const QString& text,
                                           double width,
                                           Wrap wrap,
                                           bool withLeading,
-                                          int alignment = 0,
+                                          TextAlignment alignment = TextAlignment::Left,
                                           double boxWidth = 0) {
     const QFont qfont = font.qfont();
     LayoutCache* cache = mainThreadLayoutCache();
@@ -188,13 +188,13 @@ size_t byteOffsetForUtf16(const QString& text, int index) {
     return static_cast<size_t>(text.left(index).toUtf8().size());
 }
 
-Qt::TextElideMode elideModeFor(int lineBreakMode) {
+Qt::TextElideMode elideModeFor(LineBreakMode lineBreakMode) {
     switch (lineBreakMode) {
-        case 3:
+        case LineBreakMode::ByTruncatingHead:
             return Qt::ElideLeft;
-        case 4:
+        case LineBreakMode::ByTruncatingTail:
             return Qt::ElideRight;
-        case 5:
+        case LineBreakMode::ByTruncatingMiddle:
             return Qt::ElideMiddle;
         default:
             return Qt::ElideNone;
@@ -226,8 +226,8 @@ Rect boundingRectWithSize(const std::string& text,
 void drawStringInRect(const std::string& text,
                       const Rect& rect,
                       const TextAttributes& attributes,
-                      int alignment,
-                      int lineBreakMode,
+                      TextAlignment alignment,
+                      LineBreakMode lineBreakMode,
                       TextClipping clipping,
                       double maxTightening) {
     GraphicsContext* context = GraphicsContext::currentContext();
@@ -239,8 +239,9 @@ void drawStringInRect(const std::string& text,
 
     std::vector<std::shared_ptr<const LaidOutText>>
         blocks;  // one for wrapped text; one per line otherwise
-    if (lineBreakMode == 0 || lineBreakMode == 1) {
-        Wrap wrap = lineBreakMode == 0 ? Wrap::Words : Wrap::Anywhere;
+    if (lineBreakMode == LineBreakMode::ByWordWrapping ||
+        lineBreakMode == LineBreakMode::ByCharWrapping) {
+        Wrap wrap = lineBreakMode == LineBreakMode::ByWordWrapping ? Wrap::Words : Wrap::Anywhere;
         blocks.push_back(layOut(qtext, *font, width, wrap, true, alignment, width));
     } else {
         QFontMetricsF metrics(font->qfont(), Font::layoutDevice());

@@ -16,6 +16,19 @@ enum StringDrawingOptions : unsigned {
     NSStringDrawingUsesFontLeading = 1 << 1,
 };
 
+// NSTextAlignment values as the platform numbers them. Natural is left here.
+enum class TextAlignment { Left = 0, Right = 1, Center = 2, Justified = 3, Natural = 4 };
+// NSLineBreakMode values as the platform numbers them. The wrapping modes wrap onto more lines;
+// the others keep one, the truncating ones ending it with an ellipsis.
+enum class LineBreakMode {
+    ByWordWrapping = 0,
+    ByCharWrapping = 1,
+    ByClipping = 2,
+    ByTruncatingHead = 3,
+    ByTruncatingTail = 4,
+    ByTruncatingMiddle = 5,
+};
+
 // The attributes of a run of text (NSFontAttributeName, NSForegroundColorAttributeName).
 struct TextAttributes {
     FontPtr font;              // nullptr: the system font at its default size
@@ -30,10 +43,7 @@ Rect boundingRectWithSize(const std::string& text,
                           const TextAttributes& attributes);
 
 // Draws |text| in |rect| of the current graphics context (y-up user space, points), lines placed
-// from the top of |rect|. |alignment| takes TextAlignment values (Left 0, Right 1, Center 2,
-// Justified 3, Natural 4: natural is left here); |lineBreakMode| takes LineBreakMode values
-// (word wrapping 0 and char wrapping 1 wrap onto more lines; clipping 2, truncating head 3, tail
-// 4 and middle 5 keep one line, the truncating modes ending it with an ellipsis). Drawing is
+// from the top of |rect|, aligned by |alignment| and broken by |lineBreakMode|. Drawing is
 // clipped to |rect| unless |clipping| says otherwise (a text view's lines show whole, however
 // tall they are). In the truncating modes a line at most |maxTightening| (a fraction) wider than
 // |rect| has its letters closed up to fit instead of being truncated. Does nothing without a
@@ -42,8 +52,8 @@ enum class TextClipping { ToRect, None };
 void drawStringInRect(const std::string& text,
                       const Rect& rect,
                       const TextAttributes& attributes,
-                      int alignment,
-                      int lineBreakMode,
+                      TextAlignment alignment,
+                      LineBreakMode lineBreakMode,
                       TextClipping clipping = TextClipping::ToRect,
                       double maxTightening = 0);
 

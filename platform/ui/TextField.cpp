@@ -1,7 +1,6 @@
 #include "platform/ui/TextField.h"
 
 #include "platform/ui/GraphicsContext.h"
-#include "platform/ui/StringDrawing.h"
 
 namespace platform {
 
@@ -96,9 +95,8 @@ void TextField::drawRect(const Rect&) {
     TextAttributes attributes;
     attributes.font = font_;
     attributes.foregroundColor = textColor_ ? textColor_ : Color::blackColor();
-    drawStringInRect(string_, textRect, attributes, static_cast<int>(alignment_),
-                     static_cast<int>(lineBreakMode_), TextClipping::ToRect,
-                     allowsTightening_ ? kMaxTightening : 0.0);
+    drawStringInRect(string_, textRect, attributes, alignment_, lineBreakMode_,
+                     TextClipping::ToRect, allowsTightening_ ? kMaxTightening : 0.0);
 }
 
 }  // namespace platform

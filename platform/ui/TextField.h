@@ -4,21 +4,10 @@
 
 #include "platform/ui/Color.h"
 #include "platform/ui/Font.h"
+#include "platform/ui/StringDrawing.h"
 #include "platform/ui/View.h"
 
 namespace platform {
-
-// NSTextAlignment values as the platform numbers them.
-enum class TextAlignment { Left = 0, Right = 1, Center = 2, Justified = 3, Natural = 4 };
-// NSLineBreakMode values.
-enum class LineBreakMode {
-    ByWordWrapping = 0,
-    ByCharWrapping = 1,
-    ByClipping = 2,
-    ByTruncatingHead = 3,
-    ByTruncatingTail = 4,
-    ByTruncatingMiddle = 5,
-};
 
 // A label (editing is stored, not offered). Main thread only. Defaults: system font at 13
 // points, black text, bordered (a 1-point grey line inside the bounds), white background drawn,

@@ -1,10 +1,12 @@
 #include "platform/ui/TextView.h"
 
+#include <QBitmap>
 #include <QColor>
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPainterPathStroker>
+#include <QRegion>
 #include <QString>
 #include <algorithm>
 #include <cctype>
@@ -13,7 +15,6 @@
 #include <vector>
 
 #include "platform/ui/GraphicsContext.h"
-#include "platform/ui/TextField.h"
 #include "platform/ui/Window.h"
 
 namespace platform {
@@ -80,41 +81,6 @@ std::string printableCharacters(const std::string& characters) {
             printable.push_back(c);
     }
     return validUtf8(printable);
-}
-
-// The covered pixels of |mask| (alpha at least half) as a shape in rows of rectangles, in the
-// mask's pixel coordinates (top-left origin, y down). Equal neighbouring rows merge.
-std::vector<QRect> coveredRects(const QImage& mask) {
-    std::vector<QRect> closed;
-    std::vector<QRect> open;
-    std::vector<std::pair<int, int>> previousRuns;
-    for (int y = 0; y <= mask.height(); ++y) {
-        std::vector<std::pair<int, int>> runs;
-        if (y < mask.height()) {
-            const auto* line = reinterpret_cast<const QRgb*>(mask.constScanLine(y));
-            for (int x = 0; x < mask.width();) {
-                if (qAlpha(line[x]) < 128) {
-                    ++x;
-                    continue;
-                }
-                const int start = x;
-                while (x < mask.width() && qAlpha(line[x]) >= 128)
-                    ++x;
-                runs.emplace_back(start, x - start);
-            }
-        }
-        if (runs == previousRuns && !open.empty()) {
-            for (QRect& rect : open)
-                rect.setHeight(rect.height() + 1);
-            continue;
-        }
-        closed.insert(closed.end(), open.begin(), open.end());
-        open.clear();
-        for (const auto& run : runs)
-            open.emplace_back(run.first, y, run.second, 1);
-        previousRuns = std::move(runs);
-    }
-    return closed;
 }
 
 }  // namespace
@@ -253,15 +219,13 @@ double TextView::lineHeight() const {
 }
 
 Rect TextView::viewRectFromTextRect(const Rect& textRect) const {
-    const double top = bounds().size.height;
-    return NSMakeRect(container_.lineFragmentPadding() + textRect.origin.x,
-                      top - textRect.origin.y - textRect.size.height, textRect.size.width,
-                      textRect.size.height);
+    return NSOffsetRect(flippedRect(textRect, bounds().size.height),
+                        container_.lineFragmentPadding(), 0);
 }
 
 size_t TextView::characterIndexForPoint(Point point) const {
-    const Point textPoint{point.x - container_.lineFragmentPadding(),
-                          bounds().size.height - point.y};
+    Point textPoint = flippedPoint(point, bounds().size.height);
+    textPoint.x -= container_.lineFragmentPadding();
     const size_t index =
         characterIndexForPointInText(string_, wrapWidth(), layoutAttributes(), textPoint);
     return boundaryAtOrBefore(string_, index);
@@ -433,7 +397,7 @@ void TextView::keyDown(const Event& event) {
         case kVK_Delete:
             deleteBackward();
             return;
-        case 117:  // forward delete
+        case kVK_ForwardDelete:
             deleteForward();
             return;
         case kVK_LeftArrow:
@@ -479,10 +443,8 @@ void TextView::drawRect(const Rect&) {
         // 14-point font's line in a 14-point frame) shows its descenders below the frame, and
         // only a view that clips to its bounds cuts them.
         const double height = std::max(area.size.height, layoutManager_.layOut().size.height);
-        const Rect textRect =
-            NSMakeRect(container_.lineFragmentPadding(), area.size.height - height, width, height);
-        drawStringInRect(string_, textRect, attributes, static_cast<int>(TextAlignment::Left),
-                         static_cast<int>(LineBreakMode::ByWordWrapping), TextClipping::None);
+        drawStringInRect(string_, viewRectFromTextRect(NSMakeRect(0, 0, width, height)), attributes,
+                         TextAlignment::Left, LineBreakMode::ByWordWrapping, TextClipping::None);
     }
     if (focused && editable_ && selection_.length == 0) {
         Rect caret =
@@ -516,12 +478,16 @@ void TextView::drawFocusRing(GraphicsContext& context) {
         drawFocusRingMask();
     }
 
-    // Mask pixels (top-left origin, y down) back to the view's coordinates.
+    // The pixels at least half covered, as rectangles of the mask's rows. Rows count down from
+    // the mask's top edge, maskBounds.maxY() above the view's bottom: in that top-left space a
+    // rectangle's bottom-left corner flips to its origin in the view.
+    const QRegion covered(QBitmap::fromImage(mask.createAlphaMask()));
     QPainterPath shape;
-    for (const QRect& pixels : coveredRects(mask)) {
-        shape.addRect(QRectF(maskBounds.origin.x + pixels.x() / scale,
-                             maskBounds.maxY() - (pixels.y() + pixels.height()) / scale,
-                             pixels.width() / scale, pixels.height() / scale));
+    for (const QRect& pixels : covered) {
+        const Point origin = flippedPoint(
+            {maskBounds.origin.x + pixels.x() / scale, (pixels.y() + pixels.height()) / scale},
+            maskBounds.maxY());
+        shape.addRect(QRectF(origin.x, origin.y, pixels.width() / scale, pixels.height() / scale));
     }
     if (shape.isEmpty())
         return;

@@ -133,8 +133,8 @@ class TextView : public View {
     double lineHeight() const;
     // The laid-out text's used rect in the view's coordinates.
     Rect usedRectInView() const;
-    // A rect of the text's layout (top-left of the first line's text, y down) in the view's
-    // coordinates: the one place the two spaces meet.
+    // |textRect| is in the text's layout space (origin at the top-left of the first line's text,
+    // y down); the result is in the view's coordinates.
     Rect viewRectFromTextRect(const Rect& textRect) const;
     void replaceSelection(const std::string& text);
     void deleteBackward();

@@ -1,11 +1,9 @@
 #include "platform/ui/View.h"
 
-#include <QCoreApplication>
-#include <QThread>
 #include <algorithm>
-#include <cassert>
 
 #include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/Window.h"
 
@@ -15,15 +13,10 @@ namespace {
 
 const Logger kLog("View: ");
 
-void assertMainThread() {
-    [[maybe_unused]] QCoreApplication* app = QCoreApplication::instance();
-    assert(!app || QThread::currentThread() == app->thread());
-}
-
 }  // namespace
 
 View::View(const Rect& frame) : frame_(frame) {
-    assertMainThread();
+    MainQueue::assertMainThread("View");
 }
 
 View::~View() {
@@ -96,7 +89,7 @@ Rect View::convertRectToView(const Rect& rect, const View* toView) const {
 // --- Tree -------------------------------------------------------------------------------------
 
 void View::addSubview(std::shared_ptr<View> view) {
-    assertMainThread();
+    MainQueue::assertMainThread("View::addSubview");
     if (!view || isDescendantOf(view.get())) {
         kLog.write("addSubview ignored (no view, or it would make a cycle)");
         return;
@@ -111,6 +104,7 @@ void View::addSubview(std::shared_ptr<View> view) {
 }
 
 void View::removeFromSuperview() {
+    MainQueue::assertMainThread("View::removeFromSuperview");
     View* parent = superview_;
     if (!parent)
         return;
@@ -176,7 +170,9 @@ void View::setAlphaValue(double alpha) {
     setNeedsDisplay(true);
 }
 
+// Every setter that changes what a view shows comes through here: the one check for them all.
 void View::setNeedsDisplay(bool needsDisplay) {
+    MainQueue::assertMainThread("View::setNeedsDisplay");
     needsDisplay_ = needsDisplay;
     if (needsDisplay && window_)
         window_->viewNeedsDisplay();
@@ -204,7 +200,7 @@ void View::drawRect(const Rect&) {}
 void View::drawFocusRing(GraphicsContext&) {}
 
 void View::displayInContext(GraphicsContext& context) {
-    assertMainThread();
+    MainQueue::assertMainThread("View::displayInContext");
     if (hidden_)
         return;
     const Rect ownBounds = bounds();

@@ -14,7 +14,8 @@ namespace platform {
 class Window;
 class GraphicsContext;
 
-// A view in a retained tree, with AppKit semantics. Main thread only (asserted in debug builds).
+// A view in a retained tree, with AppKit semantics. Main thread only: construction, changes to
+// the tree or to what the view shows, and drawing abort on another thread (MainQueue).
 //
 // frame is in the superview's coordinates, bounds in the view's own; both spaces have the origin
 // at the bottom-left corner and y growing upward (views are never flipped). Subviews are kept in

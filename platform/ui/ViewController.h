@@ -9,10 +9,11 @@
 
 namespace platform {
 
-// NSViewController: owns a root view, loaded on first request. Main thread only.
+// NSViewController: owns a root view, loaded on first request. Main thread only: construction
+// and loading the view abort on another thread (the controller may still be released on any).
 class ViewController : public Responder, public std::enable_shared_from_this<ViewController> {
   public:
-    ViewController() = default;
+    ViewController();
     ~ViewController() override = default;
 
     // nibName: the interface whose root view loadView makes (a plain view here).

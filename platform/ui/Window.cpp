@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
@@ -67,27 +68,32 @@ uint16_t virtualKeyCodeOf(int key) {
         case Qt::Key_Tab:
             return kVK_Tab;
         case Qt::Key_Space:
-            return 49;
+            return kVK_Space;
         case Qt::Key_Delete:
-            return 117;
+            return kVK_ForwardDelete;
         case Qt::Key_Home:
-            return 115;
+            return kVK_Home;
         case Qt::Key_End:
-            return 119;
+            return kVK_End;
         case Qt::Key_PageUp:
-            return 116;
+            return kVK_PageUp;
         case Qt::Key_PageDown:
-            return 121;
+            return kVK_PageDown;
         default:
             break;
     }
     if (key >= Qt::Key_A && key <= Qt::Key_Z) {
-        static const uint16_t letters[26] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
-                                             45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
+        static const uint16_t letters[26] = {
+            kVK_ANSI_A, kVK_ANSI_B, kVK_ANSI_C, kVK_ANSI_D, kVK_ANSI_E, kVK_ANSI_F, kVK_ANSI_G,
+            kVK_ANSI_H, kVK_ANSI_I, kVK_ANSI_J, kVK_ANSI_K, kVK_ANSI_L, kVK_ANSI_M, kVK_ANSI_N,
+            kVK_ANSI_O, kVK_ANSI_P, kVK_ANSI_Q, kVK_ANSI_R, kVK_ANSI_S, kVK_ANSI_T, kVK_ANSI_U,
+            kVK_ANSI_V, kVK_ANSI_W, kVK_ANSI_X, kVK_ANSI_Y, kVK_ANSI_Z};
         return letters[key - Qt::Key_A];
     }
     if (key >= Qt::Key_0 && key <= Qt::Key_9) {
-        static const uint16_t digits[10] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
+        static const uint16_t digits[10] = {kVK_ANSI_0, kVK_ANSI_1, kVK_ANSI_2, kVK_ANSI_3,
+                                            kVK_ANSI_4, kVK_ANSI_5, kVK_ANSI_6, kVK_ANSI_7,
+                                            kVK_ANSI_8, kVK_ANSI_9};
         return digits[key - Qt::Key_0];
     }
     return 0;
@@ -220,10 +226,10 @@ class NativeWindow : public QRasterWindow {
         return EventType::MouseMoved;
     }
 
-    // Qt's position (top-left origin, y down) in the window's base coordinates (bottom-left
-    // origin, y up): the one place the two meet for input.
+    // |position| is in Qt's window coordinates (top-left origin, y down); the result in the
+    // window's base coordinates.
     Point baseLocationOf(const QPointF& position) const {
-        return {position.x(), height() - position.y()};
+        return flippedPoint({position.x(), position.y()}, height());
     }
 
     int countClick(const QMouseEvent* event) {
@@ -280,6 +286,7 @@ Window::Window(const Rect& contentRect, const std::string& title)
       frame_(contentRect),
       windowNumber_(nextWindowNumber++),
       title_(title) {
+    MainQueue::assertMainThread("Window");
     Application::addWindow(this);
 }
 
@@ -291,6 +298,7 @@ Window::~Window() {
 }
 
 void Window::setContentView(std::shared_ptr<View> view) {
+    MainQueue::assertMainThread("Window::setContentView");
     if (view == contentView_)
         return;
     if (contentView_)
@@ -305,6 +313,7 @@ void Window::setContentView(std::shared_ptr<View> view) {
 }
 
 void Window::sendEvent(const Event& event) {
+    MainQueue::assertMainThread("Window::sendEvent");
     dispatchEvent(event);
     // Layer changes (a row's tint, say) mark nothing dirty themselves; like a layer transaction,
     // what an event handler changed shows when the event's turn ends.
@@ -414,6 +423,7 @@ void Window::dispatchEvent(const Event& event) {
 }
 
 bool Window::makeFirstResponder(Responder* responder) {
+    MainQueue::assertMainThread("Window::makeFirstResponder");
     Responder* target = responder ? responder : this;
     if (target == firstResponder_)
         return true;
@@ -474,6 +484,7 @@ void Window::setBackingScaleFactor(double scale) {
 }
 
 void Window::makeKeyAndOrderFront() {
+    MainQueue::assertMainThread("Window::makeKeyAndOrderFront");
     visible_ = true;
     if (!DisplayEventLoop::hasDisplay())
         return;
@@ -487,11 +498,10 @@ void Window::makeKeyAndOrderFront() {
     window.resize(width, height);
     window.setMinimumSize(QSize(width, height));
     window.setMaximumSize(QSize(width, height));
-    // Our screen coordinates have y up; Qt's have y down.
+    // Qt places the window by its top-left corner on the screen, y down.
     if (QScreen* screen = window.screen()) {
-        const int screenHeight = screen->geometry().height();
-        window.setPosition(static_cast<int>(frame_.origin.x),
-                           screenHeight - static_cast<int>(frame_.maxY()));
+        const Rect onScreen = flippedRect(frame_, screen->geometry().height());
+        window.setPosition(QPointF(onScreen.origin.x, onScreen.origin.y).toPoint());
     }
     window.show();
     window.raise();
@@ -513,6 +523,7 @@ void Window::startMoveByPointer() {
 }
 
 void Window::close() {
+    MainQueue::assertMainThread("Window::close");
     visible_ = false;
     if (native_->window)
         native_->window->hide();
@@ -536,10 +547,12 @@ std::shared_ptr<Bitmap> Window::snapshot(double scale) const {
 std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
     if (rect.isEmpty())
         return nullptr;
-    // Both the server and Qt measure from the window's top-left corner, y down.
-    const double windowTop = screenFrame().size.height - frame_.maxY();
-    const QRectF local(rect.origin.x - frame_.origin.x, rect.origin.y - windowTop, rect.size.width,
-                       rect.size.height);
+    // |rect| is in the server's space; |local| measures from the window's top-left corner, as
+    // Qt does within the window.
+    const Point windowTopLeft =
+        flippedPoint({frame_.minX(), frame_.maxY()}, screenFrame().size.height);
+    const QRectF local(rect.origin.x - windowTopLeft.x, rect.origin.y - windowTopLeft.y,
+                       rect.size.width, rect.size.height);
     if (isShownOnDisplay()) {
         QScreen* screen = native_->window->screen();
         if (!screen)

@@ -12,8 +12,10 @@ namespace platform {
 class View;
 class Bitmap;
 
-// A top-level window holding one content view. Main thread only. A window must outlive the
-// event handlers it calls (a handler must not destroy the window that delivered its event).
+// A top-level window holding one content view. Main thread only: construction, the content
+// view, events, first responder, showing and closing abort on another thread. A window must
+// outlive the event handlers it calls (a handler must not destroy the window that delivered its
+// event).
 //
 // Event dispatch: a mouse-down goes to the view hit at its location; the drags and the mouse-up
 // that follow go to that same view, wherever the pointer is. Right-button, move and magnify

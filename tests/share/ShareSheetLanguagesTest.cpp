@@ -73,7 +73,8 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
             auto free = Bitmap::drawn({600, 60}, scale, [&](GraphicsContext& context) {
                 context.setFillColor(*Color::whiteColor());
                 context.fillRect(NSMakeRect(0, 0, 600, 60));
-                drawStringInRect(t.text, NSMakeRect(10, 0, 580, 50), t.attributes, 0, 2,
+                drawStringInRect(t.text, NSMakeRect(10, 0, 580, 50), t.attributes,
+                                 TextAlignment::Left, LineBreakMode::ByClipping,
                                  TextClipping::None);
             });
             const auto expected = inkIn(*free, NSMakeRect(0, 0, 600, 60));

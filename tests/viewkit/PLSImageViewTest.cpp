@@ -49,7 +49,8 @@ TEST_F(PLSImageViewTest, AspectFillByToolkitVersion) {
     view->setDrawWithAspectFill(true);
     EXPECT_EQ((std::vector<Rgba>{kRed, kBlue}), shown(*view, {{1, 30}, {59, 30}}));
     view->setImage(photo);
-    ASSERT_TRUE(view->layer() && view->layer()->contents() == photo);
+    ASSERT_NE(nullptr, view->layer());
+    EXPECT_EQ(photo, view->layer()->contents());
     EXPECT_EQ(std::vector<Rgba>{kGreen}, shown(*view, {{1, 30}}));
 }
 

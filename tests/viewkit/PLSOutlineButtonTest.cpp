@@ -4,12 +4,15 @@
 TEST(PLSOutlineButton, TheLabelIsCentredRoundedUpInSinglePrecisionAndFitsTheTitle) {
     PLSOutlineButton button(platform::NSZeroRect);
     const auto& label = *button.titleLabel();
-    EXPECT_FALSE(label.isBordered() || label.isEditable() || label.isSelectable());
-    EXPECT_TRUE(label.alignment() == platform::TextAlignment::Center &&
-                label.lineBreakMode() == platform::LineBreakMode::ByTruncatingTail);
+    EXPECT_FALSE(label.isBordered());
+    EXPECT_FALSE(label.isEditable());
+    EXPECT_FALSE(label.isSelectable());
+    EXPECT_EQ(platform::TextAlignment::Center, label.alignment());
+    EXPECT_EQ(platform::LineBreakMode::ByTruncatingTail, label.lineBreakMode());
     button.setTitleAlpha(0.5);
     button.setTitleColor(nullptr);
-    EXPECT_TRUE(label.alphaValue() == 0.5 && *Color::blackColor() == *label.textColor());
+    EXPECT_EQ(0.5, label.alphaValue());
+    EXPECT_EQ(*Color::blackColor(), *label.textColor());
     button.titleLabel()->setFrame(NSMakeRect(0, 0, 10, 17));
     const std::pair<platform::Rect, platform::Rect> cases[] = {
         {NSMakeRect(0, 0, 100.00000001, 17), NSMakeRect(0, 0, 100, 17)},  // 100 as a float
@@ -23,14 +26,19 @@ TEST(PLSOutlineButton, TheLabelIsCentredRoundedUpInSinglePrecisionAndFitsTheTitl
     button.setTitle("Cancel");
     button.sizeToFit();
     const platform::Size fitted = button.frame().size;
-    EXPECT_TRUE(fitted.width > fitted.height && fitted.height > 10);
+    EXPECT_GT(fitted.width, fitted.height);
+    EXPECT_GT(fitted.height, 10);
     EXPECT_EQ(NSMakeRect(0, 0, fitted.width, fitted.height), label.frame());
     EXPECT_EQ(platform::NSMakePoint(3, 4), button.frame().origin);
 }
 
-// Black, white or empty ('-') at a probe.
-static bool is(char ink, Rgba p) {
-    return ink == '-' ? p.a < 30 : p.a > 245 && p.g == p.r && (ink == 'B' ? p.r < 10 : p.r > 245);
+// What a probe shows: black ('B'), white ('W'), nothing ('-'), or something else ('?').
+static char inkAt(Rgba p) {
+    if (p.a < 30)
+        return '-';
+    if (p.a <= 245 || p.g != p.r)
+        return '?';
+    return p.r < 10 ? 'B' : p.r > 245 ? 'W' : '?';
 }
 
 // A 100 x 40 button, white unless without a background, the border black unless without a colour:
@@ -45,6 +53,9 @@ TEST(PLSOutlineButton, BorderLinesAndCornersAtBothScales) {
         {1, 0, 1, 1.5, 20, 'B', false}, {1, 0, 1, 50, 20, '-', false},
     };
     for (const auto& [borderWidth, radius, scale, x, y, ink, coloured] : probes) {
+        SCOPED_TRACE(std::to_string(borderWidth) + " " + std::to_string(radius) + " at " +
+                     std::to_string(scale) + "x (" + std::to_string(x) + ", " + std::to_string(y) +
+                     ")");
         PLSOutlineButton button(NSMakeRect(0, 0, 100, 40));
         if (coloured) {
             button.setBackgrounColor(Color::whiteColor());
@@ -53,7 +64,7 @@ TEST(PLSOutlineButton, BorderLinesAndCornersAtBothScales) {
         button.setBorderWidth(borderWidth);
         button.setCornerRaidus(radius);
         const Rgba pixel = platform::Bitmap::renderView(button, scale)->pixelAtPoint(x, y);
-        EXPECT_TRUE(is(ink, pixel)) << borderWidth << radius << scale << " " << x << "," << y;
+        EXPECT_EQ(ink, inkAt(pixel));
     }
 }
 

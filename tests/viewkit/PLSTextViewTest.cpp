@@ -22,23 +22,29 @@ class PLSTextViewTest : public ::testing::Test {
     std::vector<std::string> calls;
 };
 
-// Esc and Return go to their closures; true consumes the key, false hands it to the base (which
-// passes it up to the parent).
+// Escape (53) and Return (36) go to their closures; true consumes the key, false hands it to the
+// base (which passes it up to the parent). Keypad Enter (76) never reaches the Return closure.
 TEST_F(PLSTextViewTest, KeyClosuresConsumeOnTrueAndPassOnFalse) {
-    const std::tuple<bool, bool, uint16_t, bool, const char*> cases[] = {
-        {true, false, platform::kVK_Escape, false, "esc"},
-        {false, true, platform::kVK_Return, false, "enter"},
-        {false, false, platform::kVK_Escape, true, "esc"},
-        {false, false, platform::kVK_Return, true, "enter"},
+    const struct {
+        bool escTakes, enterTakes;
+        uint16_t code;
+        std::vector<uint16_t> reachingParent;
+        std::vector<std::string> closures;
+    } cases[] = {
+        {true, false, 53, {}, {"esc"}},    {false, true, 36, {}, {"enter"}},
+        {false, false, 53, {53}, {"esc"}}, {false, false, 36, {36}, {"enter"}},
+        {true, true, 76, {76}, {}},
     };
-    for (const auto& [escTakes, enterTakes, code, reachesBase, call] : cases) {
-        text->setDidPressEscKeyBlock([&, c = escTakes] { return calls.push_back("esc"), c; });
-        text->setDidPressEnterKeyBlock([&, c = enterTakes] { return calls.push_back("enter"), c; });
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.code);
+        text->setDidPressEscKeyBlock([&, t = c.escTakes] { return calls.push_back("esc"), t; });
+        text->setDidPressEnterKeyBlock(
+            [&, t = c.enterTakes] { return calls.push_back("enter"), t; });
         calls.clear();
         parent->keys.clear();
-        window.sendEvent(*key(code));
-        EXPECT_EQ(reachesBase, parent->keys == std::vector<uint16_t>{code}) << code;
-        EXPECT_EQ(std::vector<std::string>{call}, calls);
+        window.sendEvent(*key(c.code));
+        EXPECT_EQ(c.reachingParent, parent->keys);
+        EXPECT_EQ(c.closures, calls);
     }
 }
 
@@ -104,13 +110,16 @@ TEST_F(PLSTextViewTest, TypingSelectionStyleAndFocusRing) {
     EXPECT_EQ(chosen, text->textColor());
     text->setSelected(false);
     EXPECT_TRUE(*Color::blackColor() == *text->textColor());
-    for (const auto& [ask, editable] : {std::pair{false, true}, {true, true}, {true, false}}) {
-        text->setPlShowFocusRingIfEditable(ask);
-        text->setEditable(editable);
-        EXPECT_EQ(ask && editable ? text->bounds() : platform::NSZeroRect,
-                  text->focusRingMaskBounds());
+    const struct {
+        bool ask, editable, ring;
+    } rings[] = {{false, true, false}, {true, true, true}, {true, false, false}};
+    for (const auto& r : rings) {
+        SCOPED_TRACE(std::to_string(r.ask) + " " + std::to_string(r.editable));
+        text->setPlShowFocusRingIfEditable(r.ask);
+        text->setEditable(r.editable);
+        EXPECT_EQ(r.ring ? text->bounds() : platform::NSZeroRect, text->focusRingMaskBounds());
         const auto fill = [&](auto&) { Color::blackColor()->set(), text->drawFocusRingMask(); };
-        EXPECT_EQ(ask && editable ? 255 : 0,
+        EXPECT_EQ(r.ring ? 255 : 0,
                   platform::Bitmap::drawn({150, 14}, 1, fill)->pixelAtPoint(149.5, 0.5).a);
     }
     // Links show in blue; a text view whose layout manager has gone measures nothing.

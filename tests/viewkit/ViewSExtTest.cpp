@@ -34,6 +34,8 @@ TEST(ViewSExt, EdgesReadAndSetAndTheCornerRadiusRoundsThroughTheLayer) {
     EXPECT_EQ(nullptr, view.layer()) << "a refused radius must not make a layer";
     SExt::setCornerRadius(view, 2.5);
     SExt::setCornerRadius(view, -1);
-    EXPECT_TRUE(view.wantsLayer() && view.layer() && view.layer()->masksToBounds());
+    EXPECT_TRUE(view.wantsLayer());
+    ASSERT_NE(nullptr, view.layer());
+    EXPECT_TRUE(view.layer()->masksToBounds());
     EXPECT_EQ(2.5, SExt::cornerRadius(view));
 }

@@ -21,7 +21,11 @@ static Rect bounding(std::string s, double w = DBL_MAX, unsigned options = kFrag
 }
 
 // The ink of |text| drawn into |rect| of a 100 x 40 canvas.
-static InkBox drawn(const std::string& text, Rect rect, int alignment, int mode, double size = 12) {
+static InkBox drawn(const std::string& text,
+                    Rect rect,
+                    TextAlignment alignment,
+                    LineBreakMode mode,
+                    double size = 12) {
     TextAttributes attributes{Font::systemFontOfSize(size), Color::blackColor()};
     return inkOf(*pixel_test::render(100, 40, 1, [&](GraphicsContext&) {
         drawStringInRect(text, rect, attributes, alignment, mode);
@@ -35,7 +39,9 @@ static InkBox drawn(const std::string& text, Rect rect, int alignment, int mode,
 TEST(StringDrawingTest, FontMetricsBoundingRectsCaretsAndSelections) {
     auto font = Font::systemFontOfSize(20);
     const double height = font->ascender() - font->descender();
-    EXPECT_TRUE(font->familyName() == "Liberation Sans" && height > 20 && height < 26) << height;
+    EXPECT_EQ("Liberation Sans", font->familyName());
+    EXPECT_GT(height, 20);
+    EXPECT_LT(height, 26);
     EXPECT_NEAR(2 * Font::systemFontOfSize(10)->ascender(), font->ascender(), 1.0 / 32);
     EXPECT_EQ(NSZeroRect, bounding(""));
     const Rect both = bounding("Cancel");
@@ -46,7 +52,8 @@ TEST(StringDrawingTest, FontMetricsBoundingRectsCaretsAndSelections) {
         bounding("Cancel", DBL_MAX, NSStringDrawingUsesLineFragmentOrigin).size.height);
     const Rect baseline = bounding("Cancel", DBL_MAX, 0);
     EXPECT_DOUBLE_EQ(kAttributes.font->descender(), baseline.origin.y);
-    EXPECT_TRUE(both.size.width > 30 && both.size.width < 60);
+    EXPECT_GT(both.size.width, 30);
+    EXPECT_LT(both.size.width, 60);
     EXPECT_NE(std::floor(both.size.width), both.size.width);  // not rounded
 
     const std::string text = "Send to a friend and add to favourites";
@@ -73,21 +80,26 @@ TEST(StringDrawingTest, FontMetricsBoundingRectsCaretsAndSelections) {
 // Alignment places the text, also after reusing a layout; text wider than its rect never draws
 // outside it, whatever the line-break mode.
 TEST(StringDrawingTest, AlignmentReuseAndClipping) {
+    constexpr auto kLeft = TextAlignment::Left, kCenter = TextAlignment::Center;
+    constexpr auto kTail = LineBreakMode::ByTruncatingTail;
     const Rect line = NSMakeRect(0, 20, 100, 20);
-    const InkBox first = drawn("Send", line, 0, 4, 14);
+    const InkBox first = drawn("Send", line, kLeft, kTail, 14);
     EXPECT_LE(first.left, 2);
-    EXPECT_EQ(first.right, drawn("Send", line, 0, 4, 14).right);
-    EXPECT_GE(drawn("Send", line, 1, 4, 14).right, 96);
-    EXPECT_NEAR(50, drawn("Send", line, 2, 4, 14).midX(), 2);
-    EXPECT_LT(drawn("Send", NSMakeRect(0, 20, 50, 20), 2, 4, 14).left, 20);
-    EXPECT_EQ(first.left, drawn("Send", line, 4, 4, 14).left);
-    EXPECT_GT(drawn("Send to a friend", line, 0, 4, 14).right, first.right);
-    EXPECT_GT(drawn("Send", line, 0, 4, 20).right, first.right);
-    for (int mode : {2, 4, 0}) {
+    EXPECT_EQ(first.right, drawn("Send", line, kLeft, kTail, 14).right);
+    EXPECT_GE(drawn("Send", line, TextAlignment::Right, kTail, 14).right, 96);
+    EXPECT_NEAR(50, drawn("Send", line, kCenter, kTail, 14).midX(), 2);
+    EXPECT_LT(drawn("Send", NSMakeRect(0, 20, 50, 20), kCenter, kTail, 14).left, 20);
+    EXPECT_EQ(first.left, drawn("Send", line, TextAlignment::Natural, kTail, 14).left);
+    EXPECT_GT(drawn("Send to a friend", line, kLeft, kTail, 14).right, first.right);
+    EXPECT_GT(drawn("Send", line, kLeft, kTail, 20).right, first.right);
+    for (LineBreakMode mode : {LineBreakMode::ByClipping, kTail, LineBreakMode::ByWordWrapping}) {
+        SCOPED_TRACE(static_cast<int>(mode));
         const InkBox ink = drawn("a title far too long for the narrow field it is given",
-                                 NSMakeRect(10, 20, 40, 16), 0, mode);
-        EXPECT_TRUE(!ink.empty() && ink.left >= 10 && ink.right < 50 && ink.top >= 4 &&
-                    ink.bottom < 20)
-            << mode;
+                                 NSMakeRect(10, 20, 40, 16), kLeft, mode);
+        ASSERT_FALSE(ink.empty());
+        EXPECT_GE(ink.left, 10);
+        EXPECT_LT(ink.right, 50);
+        EXPECT_GE(ink.top, 4);
+        EXPECT_LT(ink.bottom, 20);
     }
 }

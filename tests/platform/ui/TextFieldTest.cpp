@@ -36,17 +36,21 @@ TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
 
     auto field = label(NSMakeRect(0, 0, 200, 60), "Hello");
     auto ink = inkOf(*Bitmap::renderView(*field, 1));
-    EXPECT_TRUE(ink.bottom < 18 && ink.left >= 2 && ink.left < 6);
+    EXPECT_LT(ink.bottom, 18);
+    EXPECT_GE(ink.left, 2);
+    EXPECT_LT(ink.left, 6);
     field->setAlignment(TextAlignment::Center);
     EXPECT_NEAR(100, inkOf(*Bitmap::renderView(*field, 1)).midX(), 4);
     field->setAlignment(TextAlignment::Right);
     ink = inkOf(*Bitmap::renderView(*field, 1));
-    EXPECT_TRUE(ink.right > 190 && ink.right <= 198);
+    EXPECT_GT(ink.right, 190);
+    EXPECT_LE(ink.right, 198);
     EXPECT_LT(inkOf(*Bitmap::renderView(*label(NSMakeRect(0, 0, 120, 16), "Hg"), 2)).top, 10);
     auto clipped = label(NSMakeRect(0, 0, 60, 20), "A rather long title for a button");
     clipped->setLineBreakMode(LineBreakMode::ByTruncatingTail);
     ink = inkOf(*Bitmap::renderView(*clipped, 1));
-    EXPECT_TRUE(ink.right <= 58 && ink.bottom < 18);  // one line, no wrapping
+    EXPECT_LE(ink.right, 58);
+    EXPECT_LT(ink.bottom, 18);  // one line, no wrapping
 
     // A truncating label a little too narrow for its title closes the letters up instead of cutting
     // the title; one far too narrow still truncates, as does every label that does not allow it.
@@ -56,5 +60,22 @@ TEST(TextFieldTest, BackgroundBorderTextPlacementAndTightening) {
     for (auto [tooWide, tightens] : {std::pair{1.05, true}, {1.10, false}}) {
         const double width = natural / tooWide + 4;  // the cell keeps 2 points each side
         EXPECT_NE(drawnTitle(width, false) == drawnTitle(width, true), tightens) << tooWide;
+    }
+}
+
+// Truncating the tail keeps the title's start, as the middle does; truncating the head does not.
+TEST(TextFieldTest, TruncationKeepsTheStartUnlessTheHeadGoes) {
+    const auto start = [](LineBreakMode mode) {
+        auto field = label(NSMakeRect(0, 0, 60, 20), "A rather long title for a button");
+        field->setLineBreakMode(mode);
+        return Bitmap::renderView(*field, 2)->qimage().copy(0, 0, 40, 40);
+    };
+    const QImage clipped = start(LineBreakMode::ByClipping);
+    const std::pair<LineBreakMode, bool> cases[] = {{LineBreakMode::ByTruncatingHead, false},
+                                                    {LineBreakMode::ByTruncatingMiddle, true},
+                                                    {LineBreakMode::ByTruncatingTail, true}};
+    for (const auto& [mode, keepsStart] : cases) {
+        SCOPED_TRACE(static_cast<int>(mode));
+        EXPECT_EQ(keepsStart, start(mode) == clipped);
     }
 }

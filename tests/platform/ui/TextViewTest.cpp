@@ -85,7 +85,7 @@ TEST_F(TextViewTest, TypingDeletingAndMovingTheCaret) {
 // Clicks place the caret, drags select, double clicks a word, triple clicks the line; a view that
 // is not selectable passes the mouse on.
 TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
-    text->setString("hello world");
+    text->setString("hello world\nbye");  // clicks on the first line
     click(EventType::LeftMouseDown, 0);
     click(EventType::LeftMouseDragged, 190);
     click(EventType::LeftMouseUp, 190);
@@ -95,11 +95,11 @@ TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
     click(EventType::LeftMouseDown, 8, 2);  // inside "hello"
     EXPECT_EQ((Selection{0, 5}), selection());
     click(EventType::LeftMouseDown, 8, 3);
-    EXPECT_EQ((Selection{0, 11}), selection());
+    EXPECT_EQ((Selection{0, 12}), selection());
     text->setSelectable(false);  // and so not editable
     EXPECT_FALSE(text->isEditable());
     click(EventType::LeftMouseDown, 0);
-    EXPECT_EQ((Selection{0, 11}), selection());
+    EXPECT_EQ((Selection{0, 12}), selection());
     EXPECT_EQ(1, window.mouseDowns);
 
     // A selection is replaced by typing, extended with shift, collapsed by an arrow.
@@ -108,7 +108,7 @@ TEST_F(TextViewTest, ClicksAndShiftSelectAndTypingReplaces) {
     ASSERT_TRUE(window.makeFirstResponder(text.get()));
     text->setSelectedRange({0, 5});
     type("J");
-    EXPECT_EQ("J world", text->string());
+    EXPECT_EQ("J world\nbye", text->string());
     key(kVK_RightArrow, {}, NSEventModifierFlagShift);
     key(kVK_RightArrow, {}, NSEventModifierFlagShift);
     EXPECT_EQ((Selection{1, 2}), selection());
@@ -125,7 +125,8 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     text->setString("Hello");
     auto render = [&] { return Bitmap::renderView(*text, 1); };
     const auto ink = pixel_test::inkOf(*render(), [](const Rgba& p) { return p.r < 128; });
-    EXPECT_TRUE(ink.top < 8 && ink.left >= 5);
+    EXPECT_LT(ink.top, 8);
+    EXPECT_GE(ink.left, 5);
     EXPECT_EQ(pixel_test::kWhite, render()->pixelAtPoint(150, 10));
     text->setDrawsBackground(false);
     EXPECT_EQ(0, render()->pixelAtPoint(150, 10).a);
@@ -139,4 +140,26 @@ TEST_F(TextViewTest, DrawsBackgroundTextAndSelection) {
     EXPECT_GT(selected().right, 20);
     window.makeFirstResponder(nullptr);
     EXPECT_TRUE(selected().empty());
+}
+
+// While the view is first responder and editable, its ring hugs the used text from outside: above
+// the first line at the top of the view, below and right of it inside the view, and nowhere near
+// the view's bottom.
+TEST_F(TextViewTest, FocusRingHugsTheUsedTextAtTheTop) {
+    text->setString("Hello");
+    const Rect used = text->focusRingMaskBounds();
+    ASSERT_EQ(100, used.maxY());
+    const double x = 20 + used.midX(), top = 20 + used.maxY(), bottom = 20 + used.minY(),
+                 right = 20 + used.maxX(), middle = 20 + used.midY();
+    const Rgba ring{0x3B, 0x99, 0xFC, 128}, ringOverWhite{157, 204, 254, 255};
+    for (double scale : {1.0, 2.0}) {
+        SCOPED_TRACE(scale);
+        pixel_test::expectPixels(*window.snapshot(scale), {{x, top + 1.5, ring},
+                                                           {x, top + 4, pixel_test::kClear},
+                                                           {x, bottom - 1.5, ringOverWhite},
+                                                           {right + 1.5, middle, ringOverWhite},
+                                                           {right + 4, middle, pixel_test::kWhite},
+                                                           {x, 21.5, pixel_test::kWhite},
+                                                           {x, 18.5, pixel_test::kClear}});
+    }
 }

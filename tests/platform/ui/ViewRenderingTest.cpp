@@ -35,7 +35,8 @@ TEST(ViewRenderingTest, OrderClippingHiddenAndAlpha) {
     EXPECT_TRUE(quarter->needsDisplay());
 
     auto shot = Bitmap::renderView(*root, 2);
-    EXPECT_FALSE(root->needsDisplay() || quarter->needsDisplay());
+    EXPECT_FALSE(root->needsDisplay());
+    EXPECT_FALSE(quarter->needsDisplay());
     // 25 % blue over 50 % red at (22, 22).
     expectPixels(*shot, {{0.25, 39.75, kGreen}, {5, 5, kRed}, {15, 15, kBlue}, {15, 25, kClear}});
     expectPixels(*shot, {{22, 2, kClear}, {30, 25, {255, 0, 0, 128}}});

@@ -1,4 +1,7 @@
 // The view tree: geometry, hit testing, coordinate conversion, the responder chain and layers.
+#include <thread>
+
+#include "platform/ui/ViewController.h"
 #include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
@@ -95,5 +98,25 @@ TEST(ViewTreeTest, AddSubviewMovesTheViewAndSetsTheWindowOnTheWholeSubtree) {
     child->setWantsLayer(true);
     Layer* made = child->layer();
     child->setWantsLayer(true);
-    EXPECT_TRUE(made && child->layer() == made);
+    ASSERT_NE(nullptr, made);
+    EXPECT_EQ(made, child->layer());
+}
+
+// Views, windows and view controllers belong to the main thread: made or changed on another, the
+// program stops with a line naming the place instead of corrupting the tree.
+TEST(MainThreadDeathTest, ViewsWindowsAndControllersStopOffTheMainThread) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto view = std::make_shared<View>();
+    Window window(NSMakeRect(0, 0, 10, 10));
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[] { View(); }, "View must run on the main thread; aborting"},
+        {[&] { view->setHidden(true); }, "View::setNeedsDisplay must run on the main thread"},
+        {[&] { window.sendEvent(*Event::keyEvent(EventType::KeyDown, 53, "")); },
+         "Window::sendEvent must run on the main thread"},
+        {[] { ViewController(); }, "ViewController must run on the main thread"},
+    };
+    for (const auto& [offMain, line] : cases) {
+        SCOPED_TRACE(line);
+        EXPECT_DEATH(std::thread(offMain).join(), line);
+    }
 }
