@@ -11,6 +11,7 @@ packages=(
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin
   fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs
+  fonts-noto-core fonts-cantarell      # desktop UI fonts the sheet's titles are measured in
   xvfb xauth xdotool
   desktop-file-utils appstream dpkg-dev file python3
   gdb

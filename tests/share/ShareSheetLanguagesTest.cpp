@@ -1,5 +1,6 @@
-// Every title of the sheet reads whole in every shipped language, at 1x and 2x: none wraps or is
-// truncated, and no ink is cut where its view ends.
+// Every title of the sheet reads whole in every shipped language, in the common desktop UI fonts,
+// at 1x and 2x: none wraps or is truncated, no ink is cut where its view ends, and Cancel's title
+// keeps 2 points clear of the button's outline.
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -29,12 +30,26 @@ static std::array<int, 4> inkIn(const Bitmap& bitmap, const Rect& box) {
     return ink;
 }
 
-class ShareSheetLanguagesTest : public ShareTest,
-                                public ::testing::WithParamInterface<const char*> {};
+// A language and the desktop's UI font.
+class ShareSheetLanguagesTest
+    : public ShareTest,
+      public ::testing::WithParamInterface<std::tuple<const char*, const char*>> {
+  protected:
+    void SetUp() override {
+        ShareTest::SetUp();
+        Font::pinSystemFontFamily(std::get<1>(GetParam()));
+    }
+    void TearDown() override {
+        Font::pinSystemFontFamily("Liberation Sans");
+        ShareTest::TearDown();
+    }
+};
 
 TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
+    // A face that is not installed would be replaced, and another face measured.
+    ASSERT_EQ(Font::systemFontFamily(), std::get<1>(GetParam()));
     platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
-    ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::string(GetParam()));
+    ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::get<0>(GetParam()));
     auto controller = startShare({linkProvider("https://example.org/")});
     // A wrapped, truncated or cut title shows other ink than the same text drawn freely.
     struct Shown {
@@ -57,11 +72,11 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
     }
     const auto& label = *controller->cancelBtn()->titleLabel();
     const Rect button = controller->cancelBtn()->frame();
-    // Inside the border; the label's cell keeps 2 points each side.
+    // 2 points clear of the 1-point outline.
     texts.push_back({label.stringValue(),
                      {label.font(), label.textColor()},
-                     NSMakeRect(button.minX() + 2, button.minY() + 2, button.size.width - 4,
-                                button.size.height - 4),
+                     NSMakeRect(button.minX() + 3, button.minY() + 3, button.size.width - 6,
+                                button.size.height - 6),
                      label.convertRectToView(label.bounds(), nullptr).maxY()});
 
     for (double scale : {1.0, 2.0}) {
@@ -87,6 +102,16 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shipped,
+INSTANTIATE_TEST_SUITE_P(ShippedInDesktopFonts,
                          ShareSheetLanguagesTest,
-                         ::testing::Values("en", "de", "fr", "es"));
+                         ::testing::Combine(::testing::Values("en", "de", "fr", "es"),
+                                            ::testing::Values("Liberation Sans",
+                                                              "DejaVu Sans",
+                                                              "Noto Sans",
+                                                              "Cantarell")),
+                         [](const auto& info) {
+                             std::string name = std::string(std::get<0>(info.param)) + "_" +
+                                                std::get<1>(info.param);
+                             std::replace(name.begin(), name.end(), ' ', '_');
+                             return name;
+                         });
