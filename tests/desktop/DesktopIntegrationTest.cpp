@@ -30,17 +30,22 @@ static std::string keyValue(const std::string& file, const std::string& key) {
     return {};
 }
 
-// The Exec line "program %X" of |entry| with its field code filled: %f and %u take the first
-// operand only. Desktop entries pass each operand as one argument; Nemo writes each into the
-// command line, inside its Quote if it has one.
-static std::string execCommand(const std::string& entry, const Paths& operands) {
-    const std::string exec = keyValue(entry, "Exec"), code = exec.substr(exec.find(' ') + 1);
+// The Exec line "program [option...] %X" of |entry| with |options| after the program and its field
+// code filled: %f and %u take the first operand only. Desktop entries pass each operand as one
+// argument; Nemo writes each into the command line, inside its Quote if it has one.
+static std::string execCommand(const std::string& entry,
+                               const Paths& operands,
+                               const std::string& options = " --action fav") {
+    const std::string exec = keyValue(entry, "Exec");
+    const size_t programEnd = exec.find(' '), codeAt = exec.rfind(' ') + 1;
+    const std::string code = exec.substr(codeAt);
     const std::string nemoQuote = keyValue(entry, "Quote") == "double" ? "\"" : "";
     const bool nemo = fs::path(entry).extension() == ".nemo_action";
     const size_t count = code == "%F" || code == "%U"   ? operands.size()
                          : code == "%f" || code == "%u" ? 1
                                                         : 0;
-    std::string command = exec.substr(0, exec.find(' ')) + " --action fav";
+    std::string command =
+        exec.substr(0, programEnd) + options + exec.substr(programEnd, codeAt - 1 - programEnd);
     for (size_t i = 0; i < count; ++i)
         command += " " + (nemo ? nemoQuote + operands[i] + nemoQuote : quoted(operands[i]));
     return command;
@@ -180,4 +185,49 @@ TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
     EXPECT_TRUE(host.rfind("/usr/lib/", 0) == 0 && fs::exists(root + host)) << host;
     expectFilesShared(root + "/usr/bin",
                       "parley-share --action fav " + quoted(files_[0]) + " " + quoted(files_[1]));
+}
+
+// Thunar starts one parley-share per selected folder and one for the files, at once, each from
+// its entry's Exec line: one sheet shows, and its click hands everything over. A process that
+// comes once that sheet is up shows its own beside it, not on top of it.
+TEST_F(DesktopTreeTest, ThunarsProcessesForOneSelectionShowOneSheet) {
+    if (run("command -v xvfb-run && command -v xdotool >/dev/null") != 0)
+        GTEST_SKIP() << "needs xvfb-run and xdotool";
+    const std::string folder = dir_.file("folder");
+    fs::create_directories(folder);
+    const std::string entry = PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop";
+    // Sheets are found by title; the sheet that gathered is the first shown.
+    const std::string script = R"sh(sheets() { xdotool search --onlyvisible --name '^Parley$'; }
+eval "$1" & a=$!; eval "$2" & b=$!
+w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
+while kill -0 $a && kill -0 $b; do sleep 0.05; done 2>/dev/null
+if kill -0 $a 2>/dev/null; then g=$a; j=$b; else g=$b; j=$a; fi
+wait $j; echo "joined $?"; echo "sheets $(sheets | wc -l)"
+eval "$3" & c=$!
+until [ $(sheets | wc -l) -ge 2 ]; do sleep 0.05; done
+l=$(sheets | grep -vx "$w")
+eval $(xdotool getwindowgeometry --shell $w); x=$X; y=$Y; eval $(xdotool getwindowgeometry --shell $l)
+echo "beside $((X - x)) $((Y - y))"
+xdotool mousemove --window $l 311 331 click 1; wait $c; echo "late $?"
+xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
+    auto thunar = [&](const Paths& operands) { return quoted(execCommand(entry, operands, "")); };
+    ASSERT_EQ(run(env(PARLEY_BUILD_DIR "/bin") +
+                  "PARLEY_HOST_ONCE=1 env -u QT_QPA_PLATFORM xvfb-run -a bash -c " +
+                  quoted(script) + " sh " + thunar({folder}) + " " + thunar(files_) + " " +
+                  thunar({dir_.writeText("late.txt", "l")}) + " >" + dir_.file("out") + " 2>" +
+                  dir_.file("err")),
+              0)
+        << readAll(dir_.file("err"));
+    const Paths expected = {"joined 0", "sheets 1", "beside 24 24", "late 2", "gathered 0"};
+    const Paths lines = readLines(dir_.file("out"));
+    ASSERT_EQ(lines.size(), expected.size()) << readAll(dir_.file("out"));
+    for (size_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(lines[i], expected[i]);
+    ASSERT_TRUE(platform::EventLoop::runUntil([&] { return !readAll(records_).empty(); },
+                                              std::chrono::seconds(30)));
+    const std::string container = std::string(std::getenv("XDG_DATA_HOME")) +
+                                  "/group-containers/P4RL3YSH4R.com.parleyapp.Parley/";
+    for (const std::string name : {"folder", "notes 1.txt", "it's.jpg"})
+        EXPECT_NE(readAll(records_).find("\"" + container + name + "\""), std::string::npos)
+            << name;
 }
