@@ -161,24 +161,49 @@ kill $($bus=literal --dest=org.freedesktop.DBus /org/freedesktop/DBus \
               "\"url\":\"https://example.org/a?b=c&d=%C3%A9\"}\n");
 }
 
-// The package: its control fields and files; its unpacked tree shares with its own host.
-TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
+// The packages: their control fields and files, and lintian finds nothing but the warnings kept
+// (no bug closed by a first upload; no manual pages: --help documents both programs). The main
+// package's unpacked tree shares with its own host.
+TEST_F(DesktopTreeTest, DebianPackagesPassLintianAndShareFromTheirTree) {
     if (run("command -v dpkg-shlibdeps") != 0)
         GTEST_SKIP() << "needs dpkg-dev";
     ASSERT_EQ(run("cd " + dir_.path() +
                   " && cpack -G DEB --config " PARLEY_BUILD_DIR
-                  "/CPackConfig.cmake -B . >log 2>&1 && dpkg-deb -f *.deb >fields && "
-                  "dpkg-deb -c *.deb >contents && dpkg-deb -x *.deb root"),
+                  "/CPackConfig.cmake -B . >log 2>&1 && for p in parley-share parley-share-kde; do "
+                  "dpkg-deb -f ${p}_*.deb >$p.fields && dpkg-deb -c ${p}_*.deb >$p.contents; "
+                  "done && dpkg-deb -x parley-share_*.deb root"),
               0)
         << readAll(dir_.file("log"));
-    expectContains(readAll(dir_.file("fields")),
-                   {"Package: parley-share\n", "Recommends: python3-nautilus\n", "libqt6core6",
-                    "libqt6svg6", "libplist", "libc6"});
-    expectContains(readAll(dir_.file("contents")),
+    expectContains(
+        readAll(dir_.file("parley-share.fields")),
+        {"Package: parley-share\n", "Version: 0.1.0-1\n", "Section: net\n", "Priority: optional\n",
+         "Recommends: python3-nautilus\n", "libqt6core6", "libqt6svg6", "libplist", "libc6"});
+    const std::string contents = readAll(dir_.file("parley-share.contents"));
+    expectContains(contents,
                    {" ./usr/bin/parley-share -> ", " ./usr/bin/parley-host -> ",
-                    "/parley/Parley.app/Contents/PlugIns/ParleyShare.appex/Contents/MacOS/"
-                    "parley-share\n",
-                    " ./usr/share/applications/com.parleyapp.Parley.ParleyShare.desktop\n"});
+                    "/parley/Parley.app/Contents/PlugIns/ParleyShare.appex/Contents/"
+                    "MacOS/parley-share\n",
+                    " ./usr/share/applications/com.parleyapp.Parley.ParleyShare.desktop\n",
+                    " ./usr/share/doc/parley-share/copyright\n",
+                    " ./usr/share/doc/parley-share/changelog.Debian.gz\n"});
+    EXPECT_EQ(contents.find("parleyshareplugin"), std::string::npos);
+    expectContains(readAll(dir_.file("parley-share-kde.fields")),
+                   {"Package: parley-share-kde\n", "Depends: parley-share (= 0.1.0-1), ",
+                    "libkf5purpose5", "libqt5core5a", "Section: kde\n"});
+    expectContains(readAll(dir_.file("parley-share-kde.contents")),
+                   {" ./usr/lib/x86_64-linux-gnu/qt5/plugins/kf5/purpose/parleyshareplugin.so\n",
+                    " ./usr/share/doc/parley-share-kde/copyright\n",
+                    " ./usr/share/doc/parley-share-kde/changelog.Debian.gz\n"});
+    EXPECT_EQ(run("cd " + dir_.path() + " && lintian *.deb >found 2>/dev/null; status=$?; " +
+                  "LC_ALL=C sort found >lintian; exit $status"),
+              0);
+    EXPECT_EQ(readAll(dir_.file("lintian")),
+              "W: parley-share-kde: initial-upload-closes-no-bugs "
+              "[usr/share/doc/parley-share-kde/changelog.Debian.gz:1]\n"
+              "W: parley-share: initial-upload-closes-no-bugs "
+              "[usr/share/doc/parley-share/changelog.Debian.gz:1]\n"
+              "W: parley-share: no-manual-page [usr/bin/parley-host]\n"
+              "W: parley-share: no-manual-page [usr/bin/parley-share]\n");
     const std::string root = dir_.file("root");
     const std::string host =
         keyValue(root + "/usr/share/dbus-1/services/com.parleyapp.Parley.service", "Exec");
