@@ -221,15 +221,16 @@ TEST_F(DesktopTreeTest, ThunarsProcessesForOneSelectionShowOneSheet) {
     const std::string folder = dir_.file("folder");
     fs::create_directories(folder);
     const std::string entry = PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop";
-    // Sheets are found by title; the sheet that gathered is the first shown.
+    // Sheets are found by title; the sheet that gathered is the first shown. Every wait gives up
+    // after 10 to 30 seconds, every program after 30.
     const std::string script = R"sh(sheets() { xdotool search --onlyvisible --name '^Parley$'; }
-eval "$1" & a=$!; eval "$2" & b=$!
+eval "timeout 30 $1" & a=$!; eval "timeout 30 $2" & b=$!
 w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
-while kill -0 $a && kill -0 $b; do sleep 0.05; done 2>/dev/null
+for i in $(seq 200); do kill -0 $a 2>/dev/null && kill -0 $b 2>/dev/null || break; sleep 0.05; done
 if kill -0 $a 2>/dev/null; then g=$a; j=$b; else g=$b; j=$a; fi
 wait $j; echo "joined $?"; echo "sheets $(sheets | wc -l)"
-eval "$3" & c=$!
-until [ $(sheets | wc -l) -ge 2 ]; do sleep 0.05; done
+eval "timeout 30 $3" & c=$!
+for i in $(seq 200); do [ $(sheets | wc -l) -ge 2 ] && break; sleep 0.05; done
 l=$(sheets | grep -vx "$w")
 eval $(xdotool getwindowgeometry --shell $w); x=$X; y=$Y; eval $(xdotool getwindowgeometry --shell $l)
 echo "beside $((X - x)) $((Y - y))"

@@ -72,11 +72,12 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
     }
     const auto& label = *controller->cancelBtn()->titleLabel();
     const Rect button = controller->cancelBtn()->frame();
-    // 2 points clear of the 1-point outline.
+    // Inside the 1-point outline.
+    const Rect inside = NSMakeRect(button.minX() + 1, button.minY() + 1, button.size.width - 2,
+                                   button.size.height - 2);
     texts.push_back({label.stringValue(),
                      {label.font(), label.textColor()},
-                     NSMakeRect(button.minX() + 3, button.minY() + 3, button.size.width - 6,
-                                button.size.height - 6),
+                     inside,
                      label.convertRectToView(label.bounds(), nullptr).maxY()});
 
     for (double scale : {1.0, 2.0}) {
@@ -99,6 +100,14 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
             EXPECT_NEAR(shown[1] - (sheet->pixelHeight() - t.lineTop * scale),
                         expected[1] - 10 * scale, 1.5);
         }
+        // No ink in the 2 points inside Cancel's outline.
+        for (const Rect& band :
+             {NSMakeRect(inside.minX(), inside.minY(), 2, inside.size.height),
+              NSMakeRect(inside.maxX() - 2, inside.minY(), 2, inside.size.height),
+              NSMakeRect(inside.minX(), inside.minY(), inside.size.width, 2),
+              NSMakeRect(inside.minX(), inside.maxY() - 2, inside.size.width, 2)})
+            EXPECT_EQ(inkIn(*sheet, band)[2], -1)
+                << "at " << scale << " near x " << band.minX() << ", y " << band.minY();
     }
 }
 
