@@ -10,7 +10,7 @@ packages=(
   qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins
   libplist-dev libplist-utils
   googletest libgtest-dev libgmock-dev
-  dbus dbus-daemon dbus-bin libglib2.0-bin  # gdbus waits for a bus name in the tests
+  dbus dbus-daemon dbus-bin
   fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs
   fonts-noto-core fonts-cantarell      # desktop UI fonts the sheet's titles are measured in
   xvfb xauth xdotool

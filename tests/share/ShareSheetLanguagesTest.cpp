@@ -117,10 +117,4 @@ INSTANTIATE_TEST_SUITE_P(ShippedInDesktopFonts,
                                             ::testing::Values("Liberation Sans",
                                                               "DejaVu Sans",
                                                               "Noto Sans",
-                                                              "Cantarell")),
-                         [](const auto& info) {
-                             std::string name = std::string(std::get<0>(info.param)) + "_" +
-                                                std::get<1>(info.param);
-                             std::replace(name.begin(), name.end(), ' ', '_');
-                             return name;
-                         });
+                                                              "Cantarell")));
