@@ -98,8 +98,7 @@ class ParleyShareJob : public Purpose::Job {
                              .arg(process_.program(), process_.errorString()));
             emitResult();
         });
-        process_.start(programToRun(),
-                       argumentsFor(data().value(QStringLiteral("urls")).toArray()));
+        process_.start(programToRun(), arguments);
     }
 
     void processEnded(int status, QProcess::ExitStatus how) {
