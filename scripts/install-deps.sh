@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the demo need, if any are missing.
-# The desktop tests validate the entries (desktop-file-utils, appstream), build the package
-# (dpkg-dev for dpkg-shlibdeps, file) and run the Nautilus extension (python3).
+# The desktop tests validate the entries (desktop-file-utils, appstream), build the packages
+# (dpkg-dev for dpkg-shlibdeps, file) and check them (lintian), and run the Nautilus extension
+# (python3) and the KDE plugin through KDE Purpose.
 set -euo pipefail
 
 packages=(
@@ -11,9 +12,12 @@ packages=(
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin
   fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs
+  fonts-noto-core fonts-cantarell      # desktop UI fonts the sheet's titles are measured in
   xvfb xauth xdotool
   desktop-file-utils appstream dpkg-dev file python3
   gdb
+  lintian                                             # the package test
+  libkf5purpose-dev libkf5purpose-bin qtbase5-dev     # the KDE Share-menu plugin (Qt 5) and its test
 )
 # scripts/fuzz.sh needs clang and its libFuzzer runtime.
 if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi

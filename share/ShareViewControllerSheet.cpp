@@ -1,8 +1,11 @@
 #include "share/ShareViewController.h"
 
+#include <cfloat>
+
 #include "platform/core/Log.h"
 #include "platform/ui/Font.h"
 #include "platform/ui/Image.h"
+#include "platform/ui/StringDrawing.h"
 #include "share/ControllerSupport.h"
 #include "viewkit/ColorSExt.h"
 
@@ -11,6 +14,28 @@
 namespace {
 using controller_support::blackWithAlpha;
 using controller_support::localized;
+
+// Cancel's 70 points less its 1-point outline and 2 clear points on each side.
+constexpr double kCancelTitleRoom = 70 - 2 * (1 + 2);
+constexpr double kSmallestCancelTitleSize = 9;
+
+// |font| while |title| fits Cancel in it; otherwise the largest smaller size of the same face, in
+// half points down to kSmallestCancelTitleSize, that fits; |font| again when none does (the title
+// is cut at any size).
+platform::FontPtr fittingCancelTitleFont(const std::string& title, const platform::FontPtr& font) {
+    for (double size = font->pointSize(); size >= kSmallestCancelTitleSize; size -= 0.5) {
+        auto sized = size == font->pointSize()
+                         ? font
+                         : std::make_shared<platform::Font>(font->familyName(), size);
+        const platform::Rect measured = platform::boundingRectWithSize(
+            title, platform::NSMakeSize(DBL_MAX, DBL_MAX),
+            platform::NSStringDrawingUsesLineFragmentOrigin, {sized, nullptr});
+        if (measured.size.width <= kCancelTitleRoom)
+            return sized;
+    }
+    return font;
+}
+
 }  // namespace
 
 void ShareViewController::layoutCancelBtn() {
@@ -22,8 +47,13 @@ void ShareViewController::layoutCancelBtn() {
     button.setBackgrounColor(platform::Color::whiteColor());
     button.setBorderColor(SExt::colorWithHex("#b2b2b2"));
     button.setBorderWidth(1.0);
-    // The button stays 70 points wide: a title a little too wide for the desktop's font
-    // ("Abbrechen" in DejaVu Sans) closes its letters up rather than losing its end.
+    // The button stays 70 points wide: a title too wide for it in the desktop's font ("Abbrechen"
+    // in DejaVu Sans) takes a smaller size of that font; the default stays wherever it fits.
+    const platform::FontPtr& defaultFont = button.titleLabel()->font();
+    const platform::FontPtr font = fittingCancelTitleFont(button.title(), defaultFont);
+    if (font != defaultFont)
+        button.setFont(font);
+    // A title a little too wide even so closes its letters up rather than lose its end.
     button.titleLabel()->setAllowsDefaultTighteningForTruncation(true);
     button.sizeToFit();
     view()->addSubview(cancelBtn());

@@ -92,6 +92,8 @@ std::string ShareCommandLine::usage() {
            "  --scale S          pixels per point of the snapshot (default 1, at most 8)\n"
            "  --describe         print the sheet's window and view tree, after --press and\n"
            "                     --snapshot, and stop without handing anything over\n"
+           "  --gather           files of one selection come in several processes (as\n"
+           "                     Thunar starts them): those started together show one sheet\n"
            "  --bundle PATH      run as the extension bundle at PATH instead of the one\n"
            "                     that holds this executable\n"
            "  --help             show this text\n"
@@ -183,6 +185,8 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
             scaleGiven = true;
         } else if (name == "--describe") {
             line.describe_ = true;
+        } else if (name == "--gather") {
+            line.gather_ = true;
         } else if (name == "--url") {
             const std::optional<std::string> url = takeValue();
             if (!url)

@@ -5,7 +5,7 @@
 #include <vector>
 
 // The command line of parley-share:
-//   parley-share [--bundle PATH] [--press TARGET] [--snapshot PATH.png [--scale S]]
+//   parley-share [--bundle PATH] [--gather] [--press TARGET] [--snapshot PATH.png [--scale S]]
 //                [--action TARGET | --describe] (--url URL | parley-share:LINK | FILE...)
 //   parley-share --help
 // TARGET is send, fav or cancel. A FILE is a path or a file:// URI, as desktops pass them
@@ -39,6 +39,8 @@ class ShareCommandLine {
     const std::optional<std::string>& url() const { return url_; }
     // Paths, file URIs (operands or after --url) already turned into paths.
     const std::vector<std::string>& files() const { return files_; }
+    // Waiting for the person, the files join those of parley-share processes started with them.
+    bool gather() const { return gather_; }
     // The extension bundle to run as, instead of the one holding the executable.
     const std::optional<std::string>& bundlePath() const { return bundlePath_; }
 
@@ -49,6 +51,7 @@ class ShareCommandLine {
     std::optional<std::string> snapshotPath_;
     double scale_ = 1.0;
     bool describe_ = false;
+    bool gather_ = false;
     std::optional<std::string> url_;
     std::vector<std::string> files_;
     std::optional<std::string> bundlePath_;

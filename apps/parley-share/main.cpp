@@ -18,6 +18,7 @@
 #include "platform/core/ExtensionContext.h"
 #include "platform/core/ExtensionItem.h"
 #include "platform/core/ItemProvider.h"
+#include "platform/core/LaunchRendezvous.h"
 #include "platform/core/PathText.h"
 #include "platform/core/Url.h"
 #include "platform/ui/Bitmap.h"
@@ -38,6 +39,10 @@ constexpr int kExitCancelled = 2;
 constexpr std::chrono::hours kWaitSlice{1};
 // A picture of the sheet waits this long at most for the card's picture to settle.
 constexpr std::chrono::seconds kCardSettleTimeout{30};
+// Processes started together for one selection hand their files to the first within this time.
+constexpr std::chrono::milliseconds kGatherWindow{400};
+// How far a sheet too late to join moves from the one already shown, right and down.
+constexpr double kLatecomerOffset = 24;
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -53,13 +58,14 @@ std::string absoluteFilePath(const std::string& file) {
     return platform::PathText::withoutTrailingSlashes(error ? file : path);
 }
 
-std::shared_ptr<platform::ExtensionItem> makeItem(const ShareCommandLine& line) {
+std::shared_ptr<platform::ExtensionItem> makeItem(const ShareCommandLine& line,
+                                                  const std::vector<std::string>& files) {
     std::vector<std::shared_ptr<platform::ItemProvider>> attachments;
     if (line.url()) {
         attachments.push_back(
             platform::ItemProvider::withURL(*platform::Url::URLWithString(*line.url())));
     } else {
-        for (const std::string& file : line.files())
+        for (const std::string& file : files)
             attachments.push_back(platform::ItemProvider::withURL(
                 platform::Url::fileURLWithPath(absoluteFilePath(file))));
     }
@@ -108,8 +114,22 @@ int main(int argc, char** argv) {
         return EX_USAGE;
     }
 
+    // Thunar starts one process per selected folder and one for the files (its entry passes
+    // --gather): those started together meet on the session bus, and one sheet shows them all.
+    std::vector<std::string> files;
+    for (const std::string& file : line.files())
+        files.push_back(absoluteFilePath(file));
+    std::unique_ptr<platform::LaunchRendezvous> rendezvous;
+    if (line.gather() && waitsForPerson && !line.url()) {
+        rendezvous = std::make_unique<platform::LaunchRendezvous>(bundle->bundleIdentifier(), files,
+                                                                  kGatherWindow);
+        if (rendezvous->role() == platform::LaunchRendezvous::Role::HandedOver)
+            return kExitCompleted;
+        files = rendezvous->operands();
+    }
+
     auto context = std::make_shared<platform::ExtensionContext>(
-        std::vector<std::shared_ptr<platform::ExtensionItem>>{makeItem(line)});
+        std::vector<std::shared_ptr<platform::ExtensionItem>>{makeItem(line, files)});
     // The hand-off's closures hold the controller until the last of them has run.
     auto controller = ShareViewController::create();
     controller->setExtensionContext(context);
@@ -118,6 +138,9 @@ int main(int argc, char** argv) {
         platform::NSMakeRect(0, 0, sheet->frame().size.width, sheet->frame().size.height),
         "Parley");
     window.center();
+    if (rendezvous && rendezvous->role() == platform::LaunchRendezvous::Role::Latecomer)
+        window.setFrameOrigin(platform::NSMakePoint(window.frame().origin.x + kLatecomerOffset,
+                                                    window.frame().origin.y - kLatecomerOffset));
     window.setContentView(sheet);
     SheetPointer pointer(*controller, window);
     // A single file's picture is chosen once the file's URL has arrived; the picture shows it.

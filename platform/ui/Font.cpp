@@ -6,6 +6,7 @@
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QImage>
+#include <mutex>
 #include <optional>
 
 #include "platform/core/Log.h"
@@ -17,8 +18,15 @@ namespace {
 
 const Logger kLog("Font: ");
 
-std::optional<std::string>& pinnedFamily() {
-    static std::optional<std::string> family;
+// The pinned family and the resolved one; a new pin clears the resolution.
+struct SystemFamily {
+    std::mutex lock;
+    std::optional<std::string> pinned;
+    std::optional<std::string> resolved;
+};
+
+SystemFamily& systemFamily() {
+    static SystemFamily family;
     return family;
 }
 
@@ -37,9 +45,9 @@ std::string installedFamily(const std::string& family, bool logSubstitute) {
     return resolved;
 }
 
-std::string resolveSystemFamily() {
-    if (pinnedFamily())
-        return installedFamily(*pinnedFamily(), true);
+std::string resolveSystemFamily(const std::optional<std::string>& pinned) {
+    if (pinned)
+        return installedFamily(*pinned, true);
     if (DisplayEventLoop::hasDisplay()) {
         // A theme may name an alias ("Sans Serif"): the face it stands for is the family.
         const QString theme = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
@@ -51,13 +59,19 @@ std::string resolveSystemFamily() {
 
 }  // namespace
 
-const std::string& Font::systemFontFamily() {
-    static const std::string family = resolveSystemFamily();
-    return family;
+std::string Font::systemFontFamily() {
+    SystemFamily& family = systemFamily();
+    const std::lock_guard<std::mutex> hold(family.lock);
+    if (!family.resolved)
+        family.resolved = resolveSystemFamily(family.pinned);
+    return *family.resolved;
 }
 
 void Font::pinSystemFontFamily(const std::string& family) {
-    pinnedFamily() = family;
+    SystemFamily& system = systemFamily();
+    const std::lock_guard<std::mutex> hold(system.lock);
+    system.pinned = family;
+    system.resolved.reset();
 }
 
 std::shared_ptr<Font> Font::systemFontOfSize(double pointSize) {

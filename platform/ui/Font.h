@@ -13,14 +13,14 @@ class Font {
   public:
     // systemFontOfSize: the system font family at |pointSize|.
     static std::shared_ptr<Font> systemFontOfSize(double pointSize);
-    // The family "the system font" resolves to, fixed at first use: the one pinned by
-    // pinSystemFontFamily, else on a display the desktop's UI font as Qt's platform theme reports
-    // it (so the sheet looks native), else (offscreen) kPinnedSystemFamily, so that pictures come
-    // out the same on every machine. A family that is not installed is logged once and replaced
-    // by the face the font system picks for it.
-    static const std::string& systemFontFamily();
+    // The family "the system font" resolves to, fixed at first use after the last pin: the one
+    // pinned by pinSystemFontFamily, else on a display the desktop's UI font as Qt's platform theme
+    // reports it (so the sheet looks native), else (offscreen) kPinnedSystemFamily, so that
+    // pictures come out the same on every machine. A family that is not installed is logged once
+    // and replaced by the face the font system picks for it.
+    static std::string systemFontFamily();
     // Makes |family| the system font whatever the desktop says, so pixels stay exact (tests).
-    // Call before any text is measured or drawn.
+    // Fonts made before keep their family: pin before the views that should use it are made.
     static void pinSystemFontFamily(const std::string& family);
     // The free face with Helvetica's metrics (Debian package fonts-liberation2).
     static constexpr const char* kPinnedSystemFamily = "Liberation Sans";

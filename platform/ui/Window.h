@@ -65,6 +65,9 @@ class Window : public Responder {
 
     // Places the window in the middle of its screen, as the platform places a new sheet.
     void center();
+    // Moves the bottom-left corner to |origin| (screen coordinates); a shown window moves when
+    // it is next ordered front.
+    void setFrameOrigin(Point origin) { frame_.origin = origin; }
     // Shows the window: on the display when there is one, offscreen otherwise.
     void makeKeyAndOrderFront();
     void close();

@@ -30,17 +30,22 @@ static std::string keyValue(const std::string& file, const std::string& key) {
     return {};
 }
 
-// The Exec line "program %X" of |entry| with its field code filled: %f and %u take the first
-// operand only. Desktop entries pass each operand as one argument; Nemo writes each into the
-// command line, inside its Quote if it has one.
-static std::string execCommand(const std::string& entry, const Paths& operands) {
-    const std::string exec = keyValue(entry, "Exec"), code = exec.substr(exec.find(' ') + 1);
+// The Exec line "program [option...] %X" of |entry| with |options| after the program and its field
+// code filled: %f and %u take the first operand only. Desktop entries pass each operand as one
+// argument; Nemo writes each into the command line, inside its Quote if it has one.
+static std::string execCommand(const std::string& entry,
+                               const Paths& operands,
+                               const std::string& options = " --action fav") {
+    const std::string exec = keyValue(entry, "Exec");
+    const size_t programEnd = exec.find(' '), codeAt = exec.rfind(' ') + 1;
+    const std::string code = exec.substr(codeAt);
     const std::string nemoQuote = keyValue(entry, "Quote") == "double" ? "\"" : "";
     const bool nemo = fs::path(entry).extension() == ".nemo_action";
     const size_t count = code == "%F" || code == "%U"   ? operands.size()
                          : code == "%f" || code == "%u" ? 1
                                                         : 0;
-    std::string command = exec.substr(0, exec.find(' ')) + " --action fav";
+    std::string command =
+        exec.substr(0, programEnd) + options + exec.substr(programEnd, codeAt - 1 - programEnd);
     for (size_t i = 0; i < count; ++i)
         command += " " + (nemo ? nemoQuote + operands[i] + nemoQuote : quoted(operands[i]));
     return command;
@@ -159,24 +164,49 @@ kill $($bus=literal --dest=org.freedesktop.DBus /org/freedesktop/DBus \
               "\"url\":\"https://example.org/a?b=c&d=%C3%A9\"}\n");
 }
 
-// The package: its control fields and files; its unpacked tree shares with its own host.
-TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
+// The packages: their control fields and files, and lintian finds nothing but the warnings kept
+// (no bug closed by a first upload; no manual pages: --help documents both programs). The main
+// package's unpacked tree shares with its own host.
+TEST_F(DesktopTreeTest, DebianPackagesPassLintianAndShareFromTheirTree) {
     if (run("command -v dpkg-shlibdeps") != 0)
         GTEST_SKIP() << "needs dpkg-dev";
     ASSERT_EQ(run("cd " + dir_.path() +
                   " && cpack -G DEB --config " PARLEY_BUILD_DIR
-                  "/CPackConfig.cmake -B . >log 2>&1 && dpkg-deb -f *.deb >fields && "
-                  "dpkg-deb -c *.deb >contents && dpkg-deb -x *.deb root"),
+                  "/CPackConfig.cmake -B . >log 2>&1 && for p in parley-share parley-share-kde; do "
+                  "dpkg-deb -f ${p}_*.deb >$p.fields && dpkg-deb -c ${p}_*.deb >$p.contents; "
+                  "done && dpkg-deb -x parley-share_*.deb root"),
               0)
         << readAll(dir_.file("log"));
-    expectContains(readAll(dir_.file("fields")),
-                   {"Package: parley-share\n", "Recommends: python3-nautilus\n", "libqt6core6",
-                    "libqt6svg6", "libplist", "libc6"});
-    expectContains(readAll(dir_.file("contents")),
+    expectContains(
+        readAll(dir_.file("parley-share.fields")),
+        {"Package: parley-share\n", "Version: 0.1.0-1\n", "Section: net\n", "Priority: optional\n",
+         "Recommends: python3-nautilus\n", "libqt6core6", "libqt6svg6", "libplist", "libc6"});
+    const std::string contents = readAll(dir_.file("parley-share.contents"));
+    expectContains(contents,
                    {" ./usr/bin/parley-share -> ", " ./usr/bin/parley-host -> ",
-                    "/parley/Parley.app/Contents/PlugIns/ParleyShare.appex/Contents/MacOS/"
-                    "parley-share\n",
-                    " ./usr/share/applications/com.parleyapp.Parley.ParleyShare.desktop\n"});
+                    "/parley/Parley.app/Contents/PlugIns/ParleyShare.appex/Contents/"
+                    "MacOS/parley-share\n",
+                    " ./usr/share/applications/com.parleyapp.Parley.ParleyShare.desktop\n",
+                    " ./usr/share/doc/parley-share/copyright\n",
+                    " ./usr/share/doc/parley-share/changelog.Debian.gz\n"});
+    EXPECT_EQ(contents.find("parleyshareplugin"), std::string::npos);
+    expectContains(readAll(dir_.file("parley-share-kde.fields")),
+                   {"Package: parley-share-kde\n", "Depends: parley-share (= 0.1.0-1), ",
+                    "libkf5purpose5", "libqt5core5a", "Section: kde\n"});
+    expectContains(readAll(dir_.file("parley-share-kde.contents")),
+                   {" ./usr/lib/x86_64-linux-gnu/qt5/plugins/kf5/purpose/parleyshareplugin.so\n",
+                    " ./usr/share/doc/parley-share-kde/copyright\n",
+                    " ./usr/share/doc/parley-share-kde/changelog.Debian.gz\n"});
+    EXPECT_EQ(run("cd " + dir_.path() + " && lintian *.deb >found 2>/dev/null; status=$?; " +
+                  "LC_ALL=C sort found >lintian; exit $status"),
+              0);
+    EXPECT_EQ(readAll(dir_.file("lintian")),
+              "W: parley-share-kde: initial-upload-closes-no-bugs "
+              "[usr/share/doc/parley-share-kde/changelog.Debian.gz:1]\n"
+              "W: parley-share: initial-upload-closes-no-bugs "
+              "[usr/share/doc/parley-share/changelog.Debian.gz:1]\n"
+              "W: parley-share: no-manual-page [usr/bin/parley-host]\n"
+              "W: parley-share: no-manual-page [usr/bin/parley-share]\n");
     const std::string root = dir_.file("root");
     const std::string host =
         keyValue(root + "/usr/share/dbus-1/services/com.parleyapp.Parley.service", "Exec");
@@ -184,4 +214,39 @@ TEST_F(DesktopTreeTest, DebianPackageListsItsDependenciesAndSharesFromItsTree) {
     EXPECT_TRUE(fs::exists(root + host)) << host;
     expectFilesShared(root + "/usr/bin",
                       "parley-share --action fav " + quoted(files_[0]) + " " + quoted(files_[1]));
+}
+
+// Thunar starts one parley-share per selected folder and one for the files, at once, each from
+// its entry's Exec line: one sheet shows, and its click hands everything over. A process that
+// comes once that sheet is up shows its own beside it, not on top of it.
+TEST_F(DesktopTreeTest, ThunarsProcessesForOneSelectionShowOneSheet) {
+    if (run("command -v xvfb-run && command -v xdotool >/dev/null") != 0)
+        GTEST_SKIP() << "needs xvfb-run and xdotool";
+    const std::string folder = dir_.file("folder");
+    fs::create_directories(folder);
+    const std::string entry = PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop";
+    // Sheets are found by title; the sheet that gathered is the first shown. Every wait gives up
+    // after 10 to 30 seconds, every program after 30.
+    const std::string script = R"sh(sheets() { xdotool search --onlyvisible --name '^Parley$'; }
+eval "timeout 30 $1" & a=$!; eval "timeout 30 $2" & b=$!
+w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
+for i in $(seq 200); do kill -0 $a 2>/dev/null && kill -0 $b 2>/dev/null || break; sleep 0.05; done
+if kill -0 $a 2>/dev/null; then g=$a; j=$b; else g=$b; j=$a; fi
+wait $j; echo "joined $?"; echo "sheets $(sheets | wc -l)"
+eval "timeout 30 $3" & c=$!
+for i in $(seq 200); do [ $(sheets | wc -l) -ge 2 ] && break; sleep 0.05; done
+l=$(sheets | grep -vx "$w")
+eval $(xdotool getwindowgeometry --shell $w); x=$X; y=$Y; eval $(xdotool getwindowgeometry --shell $l)
+echo "beside $((X - x)) $((Y - y))"
+xdotool mousemove --window $l 311 331 click 1; wait $c; echo "late $?"
+xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
+    auto thunar = [&](const Paths& operands) { return quoted(execCommand(entry, operands, "")); };
+    expectFilesShared(PARLEY_BUILD_DIR "/bin",
+                      "env -u QT_QPA_PLATFORM xvfb-run -a bash -c " + quoted(script) + " sh " +
+                          thunar({folder}) + " " + thunar(files_) + " " +
+                          thunar({dir_.writeText("late.txt", "l")}) + " >" + dir_.file("out"));
+    EXPECT_EQ(readLines(dir_.file("out")),
+              Paths({"joined 0", "sheets 1", "beside 24 24", "late 2", "gathered 0"}));
+    EXPECT_NE(readAll(records_).find("/P4RL3YSH4R.com.parleyapp.Parley/folder\""),
+              std::string::npos);
 }

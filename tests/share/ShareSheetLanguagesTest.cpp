@@ -1,5 +1,6 @@
-// Every title of the sheet reads whole in every shipped language, at 1x and 2x: none wraps or is
-// truncated, and no ink is cut where its view ends.
+// Every title of the sheet reads whole in every shipped language, in the common desktop UI fonts,
+// at 1x and 2x: none wraps or is truncated, no ink is cut where its view ends, and Cancel's title
+// keeps 2 points clear of the button's outline.
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -29,12 +30,26 @@ static std::array<int, 4> inkIn(const Bitmap& bitmap, const Rect& box) {
     return ink;
 }
 
-class ShareSheetLanguagesTest : public ShareTest,
-                                public ::testing::WithParamInterface<const char*> {};
+// A language and the desktop's UI font.
+class ShareSheetLanguagesTest
+    : public ShareTest,
+      public ::testing::WithParamInterface<std::tuple<const char*, const char*>> {
+  protected:
+    void SetUp() override {
+        ShareTest::SetUp();
+        Font::pinSystemFontFamily(std::get<1>(GetParam()));
+    }
+    void TearDown() override {
+        Font::pinSystemFontFamily("Liberation Sans");
+        ShareTest::TearDown();
+    }
+};
 
 TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
+    // A face that is not installed would be replaced, and another face measured.
+    ASSERT_EQ(Font::systemFontFamily(), std::get<1>(GetParam()));
     platform::Bundle::setMainBundle(std::make_shared<platform::Bundle>(PARLEY_APPEX_DIR));
-    ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::string(GetParam()));
+    ScopedEnv noAll("LC_ALL", std::nullopt), language("LANGUAGE", std::get<0>(GetParam()));
     auto controller = startShare({linkProvider("https://example.org/")});
     // A wrapped, truncated or cut title shows other ink than the same text drawn freely.
     struct Shown {
@@ -57,11 +72,12 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
     }
     const auto& label = *controller->cancelBtn()->titleLabel();
     const Rect button = controller->cancelBtn()->frame();
-    // Inside the border; the label's cell keeps 2 points each side.
+    // Inside the 1-point outline.
+    const Rect inside = NSMakeRect(button.minX() + 1, button.minY() + 1, button.size.width - 2,
+                                   button.size.height - 2);
     texts.push_back({label.stringValue(),
                      {label.font(), label.textColor()},
-                     NSMakeRect(button.minX() + 2, button.minY() + 2, button.size.width - 4,
-                                button.size.height - 4),
+                     inside,
                      label.convertRectToView(label.bounds(), nullptr).maxY()});
 
     for (double scale : {1.0, 2.0}) {
@@ -85,9 +101,21 @@ TEST_P(ShareSheetLanguagesTest, EveryTitleShowsWhole) {
             EXPECT_NEAR(shown[1] - (sheet->pixelHeight() - t.lineTop * scale),
                         expected[1] - 10 * scale, 1.5);
         }
+        // No ink in the 2 points inside Cancel's outline.
+        for (const Rect& band :
+             {NSMakeRect(inside.minX(), inside.minY(), 2, inside.size.height),
+              NSMakeRect(inside.maxX() - 2, inside.minY(), 2, inside.size.height),
+              NSMakeRect(inside.minX(), inside.minY(), inside.size.width, 2),
+              NSMakeRect(inside.minX(), inside.maxY() - 2, inside.size.width, 2)})
+            EXPECT_EQ(inkIn(*sheet, band)[2], -1)
+                << "at " << scale << " near x " << band.minX() << ", y " << band.minY();
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shipped,
+INSTANTIATE_TEST_SUITE_P(ShippedInDesktopFonts,
                          ShareSheetLanguagesTest,
-                         ::testing::Values("en", "de", "fr", "es"));
+                         ::testing::Combine(::testing::Values("en", "de", "fr", "es"),
+                                            ::testing::Values("Liberation Sans",
+                                                              "DejaVu Sans",
+                                                              "Noto Sans",
+                                                              "Cantarell")));
