@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <atomic>
+#include <csignal>
 #include <thread>
 
 #include "platform/core/MainQueue.h"
@@ -12,8 +13,20 @@
 namespace platform {
 
 namespace {
+
 std::atomic<int> pendingCount{0};
 QCoreApplication* application = nullptr;
+
+// A write to a closed pipe (standard error read by nobody) and one past the file-size limit
+// (ulimit -f) end the process by default. Ignored, they fail with EPIPE and EFBIG instead, which
+// the writers handle: the hand-off runs to its end.
+void ignoreSignalsOfFailedWrites() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    ::sigaction(SIGPIPE, &ignore, nullptr);
+    ::sigaction(SIGXFSZ, &ignore, nullptr);
+}
+
 }  // namespace
 
 EventLoop::EventLoop(int& argc, char** argv) {
@@ -21,6 +34,7 @@ EventLoop::EventLoop(int& argc, char** argv) {
 }
 
 void EventLoop::adoptApplication(QCoreApplication* made) {
+    ignoreSignalsOfFailedWrites();
     application = made;
     MainQueue::attachToEventLoop();
 }

@@ -38,6 +38,7 @@ class EventLoop {
     // For a subclass that makes its own application object: it calls adoptApplication.
     EventLoop() = default;
     // Takes ownership of the process's application object and hooks the main queue into it.
+    // From then on SIGPIPE and SIGXFSZ are ignored: such writes fail with an error instead.
     void adoptApplication(QCoreApplication* application);
 };
 

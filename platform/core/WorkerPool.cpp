@@ -12,18 +12,27 @@
 
 namespace platform {
 
+struct WorkerPool::Task {
+    // Both under the pool's mutex.
+    bool returned = false;
+    bool abandoned = false;
+};
+
 namespace {
 
 const Logger kLog("WorkerPool: ");
 
-// A fixed set of threads: enough that several completions really run at the same time even on
-// a two-core machine. Never destroyed: its threads may still be parked when the process exits.
+thread_local std::shared_ptr<WorkerPool::Task> currentRun;
+
+// A fixed number of running threads: enough that several completions really run at the same
+// time even on a two-core machine. Never destroyed: its threads may still be parked, or stuck in
+// an abandoned task, when the process exits.
 class Pool {
   public:
     Pool() {
         unsigned count = std::max(4u, std::thread::hardware_concurrency());
         for (unsigned i = 0; i < count; ++i)
-            std::thread([this] { run(); }).detach();
+            startThread();
     }
 
     // Starts no queued task any more and waits until the running ones have returned.
@@ -42,10 +51,28 @@ class Pool {
         wake_.notify_one();
     }
 
+    void abandon(const std::shared_ptr<WorkerPool::Task>& run) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (run->returned || run->abandoned)
+                return;
+            run->abandoned = true;
+            --running_;
+            startThread();
+        }
+        idle_.notify_all();
+        EventLoop::endWork();
+    }
+
   private:
-    void run() {
+    void startThread() {
+        std::thread([this] { work(); }).detach();
+    }
+
+    void work() {
         for (;;) {
             std::function<void()> task;
+            auto run = std::make_shared<WorkerPool::Task>();
             {
                 std::unique_lock<std::mutex> lock(mutex_);
                 wake_.wait(lock, [this] { return !tasks_.empty() && !finishing_; });
@@ -53,6 +80,7 @@ class Pool {
                 tasks_.pop_front();
                 ++running_;
             }
+            currentRun = run;
             try {
                 task();
             } catch (const std::exception& e) {
@@ -61,11 +89,16 @@ class Pool {
                 kLog.write("a task threw.");
             }
             task = nullptr;  // captured state dies before the work is counted done
-            EventLoop::endWork();
+            currentRun = nullptr;
             {
                 std::lock_guard<std::mutex> lock(mutex_);
+                run->returned = true;
+                // Its place was given to another thread, and it was counted done then.
+                if (run->abandoned)
+                    return;
                 --running_;
             }
+            EventLoop::endWork();
             idle_.notify_all();
         }
     }
@@ -98,6 +131,15 @@ void WorkerPool::async(std::function<void()> task) {
         return;
     EventLoop::beginWork();
     pool().push(std::move(task));
+}
+
+std::shared_ptr<WorkerPool::Task> WorkerPool::currentTask() {
+    return currentRun;
+}
+
+void WorkerPool::abandon(const std::shared_ptr<Task>& task) {
+    if (task)
+        pool().abandon(task);
 }
 
 }  // namespace platform
