@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the demo need, if any are missing.
 # The desktop tests validate the entries (desktop-file-utils, appstream), build the package
-# (dpkg-dev for dpkg-shlibdeps, file) and run the Nautilus extension (python3).
+# (dpkg-dev for dpkg-shlibdeps, file) and run the Nautilus extension (python3). A share test mounts
+# a FUSE file system whose reads never answer (fuse3, python3-fusepy).
 set -euo pipefail
 
 packages=(
@@ -14,6 +15,7 @@ packages=(
   xvfb xauth xdotool
   desktop-file-utils appstream dpkg-dev file python3
   gdb
+  fuse3 python3-fusepy
 )
 # scripts/fuzz.sh needs clang and its libFuzzer runtime.
 if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi
