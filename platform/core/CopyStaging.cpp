@@ -96,11 +96,12 @@ std::unique_ptr<CopyStaging> CopyStaging::enter(const std::string& destinationFo
         error = path + ": " + error;
         return nullptr;
     }
-    return std::unique_ptr<CopyStaging>(new CopyStaging(path + "/" + entryName, entry.release()));
+    return std::unique_ptr<CopyStaging>(new CopyStaging(path + "/" + entryName, entry.release(),
+                                                        FileIdentity{work.st_dev, work.st_ino}));
 }
 
-CopyStaging::CopyStaging(std::string entryPath, int entry)
-    : entryPath_(std::move(entryPath)), entry_(entry) {}
+CopyStaging::CopyStaging(std::string entryPath, int entry, FileIdentity workFolder)
+    : entryPath_(std::move(entryPath)), entry_(entry), workFolder_(workFolder) {}
 
 CopyStaging::~CopyStaging() {
     // Removed while still locked, so that a sweep never races this removal.

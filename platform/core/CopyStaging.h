@@ -3,6 +3,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/core/CopyEnds.h"
+
 namespace platform {
 
 // Where a copy is built before it takes its final name, out of the namespace of the folder it
@@ -40,14 +42,17 @@ class CopyStaging {
 
     // The open entry in which the copy is built.
     int folder() const { return entry_; }
+    // The work folder, which a copy of a folder that holds it leaves out.
+    const FileIdentity& workFolder() const { return workFolder_; }
     // Moves |name| from the entry to |name| in |destination| unless something lies there by then;
     // otherwise |error| says why.
     bool moveIntoPlace(const std::string& name, int destination, std::string& error);
 
   private:
-    CopyStaging(std::string entryPath, int entry);
+    CopyStaging(std::string entryPath, int entry, FileIdentity workFolder);
     const std::string entryPath_;
     const int entry_;
+    const FileIdentity workFolder_;
 };
 
 }  // namespace platform

@@ -29,12 +29,16 @@ void ignoreSignalsOfFailedWrites() {
 
 }  // namespace
 
-EventLoop::EventLoop(int& argc, char** argv) {
+EventLoop::EventLoop() {
+    // Before the application object is made: it may write to standard error already.
+    ignoreSignalsOfFailedWrites();
+}
+
+EventLoop::EventLoop(int& argc, char** argv) : EventLoop() {
     adoptApplication(new QCoreApplication(argc, argv));
 }
 
 void EventLoop::adoptApplication(QCoreApplication* made) {
-    ignoreSignalsOfFailedWrites();
     application = made;
     MainQueue::attachToEventLoop();
 }

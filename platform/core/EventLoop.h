@@ -9,7 +9,9 @@ namespace platform {
 
 // The process's application object and main event loop. Create one on the main thread before
 // any queue or bus use. This one needs no display; a program that shows views creates a
-// DisplayEventLoop instead.
+// DisplayEventLoop instead. From its creation on, SIGPIPE and SIGXFSZ are ignored: a write to a
+// pipe nobody reads (standard error) or past the file-size limit fails with an error, which the
+// writer handles, instead of ending the process.
 class EventLoop {
   public:
     EventLoop(int& argc, char** argv);
@@ -36,9 +38,8 @@ class EventLoop {
 
   protected:
     // For a subclass that makes its own application object: it calls adoptApplication.
-    EventLoop() = default;
+    EventLoop();
     // Takes ownership of the process's application object and hooks the main queue into it.
-    // From then on SIGPIPE and SIGXFSZ are ignored: such writes fail with an error instead.
     void adoptApplication(QCoreApplication* application);
 };
 

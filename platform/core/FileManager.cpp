@@ -116,8 +116,10 @@ class TopLevelCopy {
             return copier.copyEntry({from, {target_.get(), name_, destination_}});
         const std::unique_ptr<CopyStaging> staging =
             CopyStaging::enter(folder_, target_.get(), reason);
-        if (!staging || !copier.copyEntry({from, {staging->folder(), name_, destination_}}) ||
-            !settle())
+        if (!staging)
+            return false;
+        copier.leaveOut(staging->workFolder());
+        if (!copier.copyEntry({from, {staging->folder(), name_, destination_}}) || !settle())
             return false;
         std::string why;
         if (staging->moveIntoPlace(name_, target_.get(), why))

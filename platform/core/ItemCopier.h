@@ -37,6 +37,8 @@ class ItemCopier {
         std::string sourceFolder;
     };
     explicit ItemCopier(Settings settings);
+    // Adds a folder to Settings::leftOut.
+    void leaveOut(const FileIdentity& folder) { settings_.leftOut.push_back(folder); }
 
     // Copies |ends.source| to |ends.destination|, where nothing may lie yet. A link at the top is
     // made in its place at once, after the watch settles.
