@@ -56,8 +56,8 @@ std::string CopyStaging::workFolderFor(const std::string& destinationFolder) {
     return (parent == "/" ? "" : parent) + "/" + kWorkFolderName;
 }
 
-int CopyStaging::openUnnamedFile(int folder) {
-    return ::openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+int CopyStaging::openUnnamedFile(int folder, unsigned mode) {
+    return ::openat(folder, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
 }
 
 bool CopyStaging::linkUnnamedFile(int file, int folder, const std::string& name) {

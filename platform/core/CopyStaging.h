@@ -23,9 +23,9 @@ class CopyStaging {
     // The work folder that serves copies into |destinationFolder|.
     static std::string workFolderFor(const std::string& destinationFolder);
 
-    // An unnamed regular file in |folder| (an open folder), open for writing; -1 when the file
-    // system cannot make one.
-    static int openUnnamedFile(int folder);
+    // An unnamed regular file in |folder| (an open folder), open for writing, made with |mode|;
+    // -1 when the file system cannot make one.
+    static int openUnnamedFile(int folder, unsigned mode);
     // Gives the unnamed file |file| the name |name| in |folder|; fails (errno) when anything lies
     // there already.
     static bool linkUnnamedFile(int file, int folder, const std::string& name);

@@ -25,6 +25,8 @@ namespace {
 
 const Logger kLog("FileManager: ");
 
+constexpr off_t kCheckNameBeforeCopyingFrom = 1 << 20;
+
 // One copy of a top-level item into an open folder, from the first attempt to its final name.
 class TopLevelCopy {
   public:
@@ -48,26 +50,30 @@ class TopLevelCopy {
             reason = folder_ + ": " + std::strerror(errno);
             return CopyResult::Failed;
         }
-        // Checked first so that a taken name costs no copy; the final step checks again.
-        if (::fstatat(target_.get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
-            reason = destination_ + ": " + std::strerror(EEXIST);
-            return CopyResult::Failed;
-        }
         if (::lstat(source_.c_str(), &seen_) != 0) {
             reason = source_ + ": " + std::strerror(errno);
             return CopyResult::Failed;
         }
+        // Checked first so that a taken name costs no copy (the final step checks again); a small
+        // file costs less to copy than a system call per file.
+        if ((!S_ISREG(seen_.st_mode) || seen_.st_size >= kCheckNameBeforeCopyingFrom) &&
+            ::fstatat(target_.get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+            reason = destination_ + ": " + std::strerror(EEXIST);
+            return CopyResult::Failed;
+        }
         ItemCopier::Settings settings{options_.maxFileBytes, options_.watch, {}, folderOf(source_)};
-        if (::fstat(target_.get(), &status) == 0)
-            settings.leftOut.push_back({status.st_dev, status.st_ino});
-        if (::stat(CopyStaging::workFolderFor(folder_).c_str(), &status) == 0)
-            settings.leftOut.push_back({status.st_dev, status.st_ino});
-        const FileIdentity identity{seen_.st_dev, seen_.st_ino};
-        const auto& leftOut = settings.leftOut;
-        if (S_ISDIR(seen_.st_mode) &&
-            std::find(leftOut.begin(), leftOut.end(), identity) != leftOut.end()) {
-            reason = source_ + ": copies are made there; a copy of it would copy itself";
-            return CopyResult::Refused;
+        // Only a folder can hold the folders where copies are made.
+        if (S_ISDIR(seen_.st_mode)) {
+            auto& leftOut = settings.leftOut;
+            if (::fstat(target_.get(), &status) == 0)
+                leftOut.push_back({status.st_dev, status.st_ino});
+            if (::stat(CopyStaging::workFolderFor(folder_).c_str(), &status) == 0)
+                leftOut.push_back({status.st_dev, status.st_ino});
+            const FileIdentity identity{seen_.st_dev, seen_.st_ino};
+            if (std::find(leftOut.begin(), leftOut.end(), identity) != leftOut.end()) {
+                reason = source_ + ": copies are made there; a copy of it would copy itself";
+                return CopyResult::Refused;
+            }
         }
         return withDiskFullRetry(settings, reason);
     }
@@ -101,7 +107,8 @@ class TopLevelCopy {
     bool place(ItemCopier& copier, std::string& reason) {
         const CopyEnd from{AT_FDCWD, source_, source_};
         if (S_ISREG(seen_.st_mode)) {
-            FileDescriptor unnamed(CopyStaging::openUnnamedFile(target_.get()));
+            FileDescriptor unnamed(
+                CopyStaging::openUnnamedFile(target_.get(), ItemCopier::modeFor(seen_)));
             if (unnamed.isOpen()) {
                 if (!copier.copyFileInto(from, seen_, unnamed.get(), destination_) || !settle())
                     return false;

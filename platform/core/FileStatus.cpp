@@ -18,12 +18,14 @@ std::optional<FileStatus> FileStatus::lstat(const std::string& path) {
 }
 
 bool FileStatus::isFolderWithin(const std::string& path, const std::string& folder) {
-    struct stat wanted {
-    }, at{};
-    if (::stat(folder.c_str(), &wanted) != 0)
+    struct stat at {};
+    // Most shared items are files: one lstat answers for them.
+    if (::lstat(path.c_str(), &at) != 0 || !S_ISDIR(at.st_mode))
         return false;
+    struct stat wanted {};
     FileDescriptor current(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!current.isOpen() || ::fstat(current.get(), &at) != 0 || !S_ISDIR(at.st_mode))
+    if (::stat(folder.c_str(), &wanted) != 0 || !current.isOpen() ||
+        ::fstat(current.get(), &at) != 0)
         return false;
     // Up through "..", which names the physical parent, until the root names itself.
     for (;;) {

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <thread>
 
 #include "platform/core/FileDescriptor.h"
@@ -31,6 +32,7 @@ constexpr int kMaxDepth = 128;
 // Data moves in slices of this, each one progress for the watch: a source that still delivers
 // this much in the watch's quiet limit is not taken for a stalled one.
 constexpr size_t kSlice = 1 << 20;
+constexpr off_t kReflinkFrom = 64 << 10;
 // Pauses before the attempts at copying a file that changed meanwhile: a writer saving it gets
 // time to finish; one that never stops fails the copy within about a second.
 constexpr std::chrono::milliseconds kPausesBeforeAttempts[] = {
@@ -67,6 +69,20 @@ void waitOutTheLastChangesTick(const struct stat& status) {
     const int64_t since = nanoseconds(now) - nanoseconds(status.st_ctim);
     if (since >= 0 && since < 2 * tick)
         std::this_thread::sleep_for(std::chrono::nanoseconds(2 * tick - since));
+}
+
+// The file creation mask, read once (it is not asked without being changed); all bits when
+// unknown, so that every copy sets its mode itself.
+mode_t creationMask() {
+    static const mode_t mask = [] {
+        std::ifstream status("/proc/self/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.rfind("Umask:", 0) == 0)
+                return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
+        }
+        return static_cast<mode_t>(07777);
+    }();
+    return mask;
 }
 
 FileIdentity identityOf(const struct stat& status) {
@@ -157,14 +173,15 @@ bool ItemCopier::copyFile(const CopyEnds& ends,
     int to = openDestination;
     if (to < 0) {
         // O_EXCL|O_NOFOLLOW: fails on anything lying there, a dangling link included.
-        created = FileDescriptor(
-            ::openat(destination.folder, destination.name.c_str(),
-                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, 0600));
+        created = FileDescriptor(::openat(
+            destination.folder, destination.name.c_str(),
+            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, modeFor(seen)));
         if (!created.isOpen())
             return fail(destination.shown, errno);
         to = created.get();
     }
-    const Data outcome = copyData(from.get(), to, ends, depth == 0 ? settings_.maxFileBytes : -1);
+    const Data outcome = copyData(from.get(), status, modeFor(seen), to, ends,
+                                  depth == 0 ? settings_.maxFileBytes : -1);
     if (outcome != Data::Whole && created.isOpen())
         ::unlinkat(destination.folder, destination.name.c_str(), 0);
     switch (outcome) {
@@ -181,20 +198,26 @@ bool ItemCopier::copyFile(const CopyEnds& ends,
     return false;
 }
 
+mode_t ItemCopier::modeFor(const struct stat& source) {
+    return source.st_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID);
+}
+
 ItemCopier::Data ItemCopier::copyData(int source,
+                                      const struct stat& opened,
+                                      mode_t createdWith,
                                       int destination,
                                       const CopyEnds& ends,
                                       int64_t limit) {
+    struct stat before = opened;
     for (const auto pause : kPausesBeforeAttempts) {
         if (pause.count() > 0) {
             std::this_thread::sleep_for(pause);
             if (::ftruncate(destination, 0) != 0)
                 return cannotWrite(ends.destination.shown, errno);
-        }
-        struct stat before {};
-        if (::fstat(source, &before) != 0) {
-            error_ = std::strerror(errno);
-            return Data::SourceFailed;
+            if (::fstat(source, &before) != 0) {
+                error_ = std::strerror(errno);
+                return Data::SourceFailed;
+            }
         }
         if (limit >= 0 && before.st_size > limit) {
             tooLarge_ = true;
@@ -212,8 +235,10 @@ ItemCopier::Data ItemCopier::copyData(int source,
             return Data::SourceFailed;
         }
         if (outcome == Data::Whole && sameVersion(before, after)) {
-            if (::fchmod(destination,
-                         after.st_mode & 07777 & ~static_cast<mode_t>(S_ISUID | S_ISGID)) != 0)
+            // Made with the mode it was seen with, less what the creation mask took away.
+            const mode_t mode = modeFor(after);
+            if ((mode != createdWith || (mode & creationMask()) != 0) &&
+                ::fchmod(destination, mode) != 0)
                 return cannotWrite(ends.destination.shown, errno);
             const struct timespec times[2] = {after.st_atim, after.st_mtim};
             ::futimens(destination, times);  // dates are a courtesy; a failure does not spoil it
@@ -232,8 +257,9 @@ ItemCopier::Data ItemCopier::transfer(int source,
     const off_t size = status.st_size;
     if (size == 0)
         return Data::Whole;
-    // Reflink: the blocks are shared at once where the file system can.
-    if (::ioctl(destination, FICLONE, source) == 0)
+    // Reflink: the blocks are shared at once where the file system can. Not tried for a small
+    // file, which it would save little, while each refusal costs a system call.
+    if (size >= kReflinkFrom && ::ioctl(destination, FICLONE, source) == 0)
         return Data::Whole;
     // Fewer blocks than bytes: holes, which are walked around so that they stay holes.
     bool sparse = int64_t(status.st_blocks) * 512 < int64_t(size);
@@ -257,7 +283,8 @@ ItemCopier::Data ItemCopier::transfer(int source,
             return copied;
         at = dataEnd;
     }
-    if (::ftruncate(destination, size) != 0)
+    // A hole at the end has no data to copy; the size makes it.
+    if (sparse && ::ftruncate(destination, size) != 0)
         return cannotWrite(ends.destination.shown, errno);
     return Data::Whole;
 }

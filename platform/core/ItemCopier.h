@@ -44,11 +44,14 @@ class ItemCopier {
     // made in its place at once, after the watch settles.
     bool copyEntry(const CopyEnds& ends);
     // Copies the regular file |source|, seen by lstat as |seen|, into |destination|: an open,
-    // empty file shown as |destinationShown|.
+    // empty file made with modeFor(seen), shown as |destinationShown|.
     bool copyFileInto(const CopyEnd& source,
                       const struct stat& seen,
                       int destination,
                       const std::string& destinationShown);
+
+    // The mode a copy of a file of |source|'s status gets: its own, less set-user and set-group.
+    static mode_t modeFor(const struct stat& source);
 
     // Why the copy failed, for people.
     const std::string& error() const { return error_; }
@@ -70,7 +73,14 @@ class ItemCopier {
                     const std::string& insideTop);
 
     // One whole version of |source|'s data into |destination|, as often as it takes to get one.
-    Data copyData(int source, int destination, const CopyEnds& ends, int64_t limit);
+    // |opened| is the source's status when it was opened, |createdWith| the mode |destination|
+    // was made with.
+    Data copyData(int source,
+                  const struct stat& opened,
+                  mode_t createdWith,
+                  int destination,
+                  const CopyEnds& ends,
+                  int64_t limit);
     Data transfer(int source, int destination, const struct stat& status, const CopyEnds& ends);
     Data copyRange(int source, int destination, off_t from, off_t to, const CopyEnds& ends);
 

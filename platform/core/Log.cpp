@@ -78,14 +78,23 @@ std::string stderrPrefix() {
     auto now = system_clock::now();
     std::time_t seconds = system_clock::to_time_t(now);
     auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char stamp[64];
-    size_t n = std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+    // Formatted once a second per thread: localtime_r takes a lock that all threads share.
+    thread_local std::time_t stampedSecond = -1;
+    thread_local char stamp[64];
+    thread_local size_t n = 0;
+    if (seconds != stampedSecond) {
+        std::tm local{};
+        localtime_r(&seconds, &local);
+        n = std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+        stampedSecond = seconds;
+    }
     char rest[64];
     std::snprintf(rest, sizeof rest, ".%03d ", static_cast<int>(millis));
-    return std::string(stamp, n) + rest + program_invocation_short_name + "[" +
-           std::to_string(getpid()) + ":" + std::to_string(gettid()) + "] ";
+    // Asked once: each is a system call, and a share may log tens of thousands of lines.
+    static const std::string pid = std::to_string(getpid());
+    thread_local const std::string tid = std::to_string(gettid());
+    return std::string(stamp, n) + rest + program_invocation_short_name + "[" + pid + ":" + tid +
+           "] ";
 }
 
 void writeAll(int fd, const std::string& text) {
