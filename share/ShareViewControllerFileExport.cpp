@@ -98,7 +98,8 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
     // Measuring and copying both read the source; should it stop answering, the attachment is
     // accounted for as a failed copy (or refused, with nowhere to copy to) all the same.
     const auto watch = platform::StallWatch::start(kSourceQuietLimit, [=] {
-        kLog.write("copy of [" + source + "] given up: no data for 5 seconds.");
+        kLog.write("copy of [" + source + "] given up: no data for " +
+                   std::to_string(kSourceQuietLimit.count()) + " seconds.");
         account(destination.empty() ? Accounted{"", name, kUnknownSizeText}
                                     : Accounted{destination, "", ""},
                 source);

@@ -10,6 +10,10 @@
 
 namespace platform {
 
+namespace {
+constexpr std::chrono::milliseconds kRecheckInterval{250};
+}  // namespace
+
 DiskFullRetry& DiskFullRetry::shared() {
     // Never destroyed: a copy given up may wake up while the process exits.
     static DiskFullRetry* retry = new DiskFullRetry;
@@ -42,14 +46,20 @@ int DiskFullRetry::writingCount() const {
     }));
 }
 
-std::unique_lock<std::mutex> DiskFullRetry::retryTurn(const std::shared_ptr<StallWatch>& watch) {
-    std::unique_lock<std::mutex> turn(retryMutex_);
+std::unique_lock<std::timed_mutex> DiskFullRetry::retryTurn(
+    const std::shared_ptr<StallWatch>& watch) {
+    auto waited = [&watch] {
+        if (watch)
+            watch->progress();
+    };
+    std::unique_lock<std::timed_mutex> turn(retryMutex_, std::defer_lock);
+    while (!turn.try_lock_for(kRecheckInterval))
+        waited();
     std::unique_lock<std::mutex> lock(mutex_);
     // Rechecked now and then: a watch that gives up does not announce it here.
     while (writingCount() > 0) {
-        changed_.wait_for(lock, std::chrono::milliseconds(250));
-        if (watch)
-            watch->progress();
+        changed_.wait_for(lock, kRecheckInterval);
+        waited();
     }
     return turn;
 }

@@ -33,9 +33,10 @@ class DiskFullRetry {
     };
     std::unique_ptr<Writing> beginWriting(std::shared_ptr<StallWatch> watch);
 
-    // The turn to retry, taken once no other copy is writing; held for the retry's length. The
-    // wait counts as progress for |watch|: the copy waits for the disk, not for its source.
-    std::unique_lock<std::mutex> retryTurn(const std::shared_ptr<StallWatch>& watch);
+    // The turn to retry, taken once no other copy is writing or retrying; held for the retry's
+    // length. The wait counts as progress for |watch|: the copy waits for the disk, not for its
+    // source.
+    std::unique_lock<std::timed_mutex> retryTurn(const std::shared_ptr<StallWatch>& watch);
 
     // Whether |source| could fit in the free space of |folder|'s file system: a regular file by
     // its size; a folder is not measured.
@@ -47,7 +48,7 @@ class DiskFullRetry {
     int writingCount() const;
 
     mutable std::mutex mutex_;
-    std::mutex retryMutex_;
+    std::timed_mutex retryMutex_;
     std::condition_variable changed_;
     std::vector<Writing*> writing_;
 };

@@ -82,7 +82,7 @@ class TopLevelCopy {
     CopyResult withDiskFullRetry(const ItemCopier::Settings& settings, std::string& reason) {
         DiskFullRetry& retry = DiskFullRetry::shared();
         for (int attempt = 0; attempt < 2; ++attempt) {
-            std::unique_lock<std::mutex> retryTurn;
+            std::unique_lock<std::timed_mutex> retryTurn;
             if (attempt > 0) {
                 retryTurn = retry.retryTurn(options_.watch);
                 if (!DiskFullRetry::mayFit(source_, folder_))
