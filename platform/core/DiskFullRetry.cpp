@@ -10,10 +10,6 @@
 
 namespace platform {
 
-namespace {
-constexpr std::chrono::milliseconds kRecheckInterval{250};
-}  // namespace
-
 DiskFullRetry& DiskFullRetry::shared() {
     // Never destroyed: a copy given up may wake up while the process exits.
     static DiskFullRetry* retry = new DiskFullRetry;
@@ -46,22 +42,26 @@ int DiskFullRetry::writingCount() const {
     }));
 }
 
-std::unique_lock<std::timed_mutex> DiskFullRetry::retryTurn(
+std::unique_ptr<DiskFullRetry::RetryTurn> DiskFullRetry::retryTurn(
     const std::shared_ptr<StallWatch>& watch) {
-    auto waited = [&watch] {
-        if (watch)
-            watch->progress();
-    };
-    std::unique_lock<std::timed_mutex> turn(retryMutex_, std::defer_lock);
-    while (!turn.try_lock_for(kRecheckInterval))
-        waited();
     std::unique_lock<std::mutex> lock(mutex_);
     // Rechecked now and then: a watch that gives up does not announce it here.
-    while (writingCount() > 0) {
-        changed_.wait_for(lock, kRecheckInterval);
-        waited();
+    while (retrying_ || writingCount() > 0) {
+        changed_.wait_for(lock, std::chrono::milliseconds(250));
+        if (watch)
+            watch->progress();
     }
-    return turn;
+    retrying_ = true;
+    return std::unique_ptr<RetryTurn>(new RetryTurn);
+}
+
+DiskFullRetry::RetryTurn::~RetryTurn() {
+    DiskFullRetry& retry = shared();
+    {
+        std::lock_guard<std::mutex> lock(retry.mutex_);
+        retry.retrying_ = false;
+    }
+    retry.changed_.notify_all();
 }
 
 bool DiskFullRetry::mayFit(const std::string& source, const std::string& folder) {

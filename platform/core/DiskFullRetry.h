@@ -33,10 +33,20 @@ class DiskFullRetry {
     };
     std::unique_ptr<Writing> beginWriting(std::shared_ptr<StallWatch> watch);
 
-    // The turn to retry, taken once no other copy is writing or retrying; held for the retry's
-    // length. The wait counts as progress for |watch|: the copy waits for the disk, not for its
-    // source.
-    std::unique_lock<std::timed_mutex> retryTurn(const std::shared_ptr<StallWatch>& watch);
+    // The turn to retry, held for the retry's length while the object lives.
+    class RetryTurn {
+      public:
+        ~RetryTurn();
+        RetryTurn(const RetryTurn&) = delete;
+        RetryTurn& operator=(const RetryTurn&) = delete;
+
+      private:
+        friend class DiskFullRetry;
+        RetryTurn() = default;
+    };
+    // Waits until no other copy is writing or retrying, and takes the turn. The wait counts as
+    // progress for |watch|: the copy waits for the disk, not for its source.
+    std::unique_ptr<RetryTurn> retryTurn(const std::shared_ptr<StallWatch>& watch);
 
     // Whether |source| could fit in the free space of |folder|'s file system: a regular file by
     // its size; a folder is not measured.
@@ -48,9 +58,9 @@ class DiskFullRetry {
     int writingCount() const;
 
     mutable std::mutex mutex_;
-    std::timed_mutex retryMutex_;
     std::condition_variable changed_;
     std::vector<Writing*> writing_;
+    bool retrying_ = false;
 };
 
 }  // namespace platform

@@ -26,7 +26,8 @@ class EventLoop {
     static bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
     static constexpr std::chrono::milliseconds kUnannouncedChangeInterval{250};
     // Runs the loop until no pending work is left: worker-pool tasks, main-queue tasks (delayed
-    // ones included). Returns false when |timeout| passed first.
+    // ones included). Returns false when |timeout| passed first. Meanwhile a worker task wakes
+    // the thread only when it is the last pending work, so that thousands of them cost one wake.
     static bool runUntilIdle(std::chrono::milliseconds timeout);
     // Processes what is queued now, without waiting.
     static void processEvents();

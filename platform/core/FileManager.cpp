@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <mutex>
 
 #include "platform/core/CopyEnds.h"
 #include "platform/core/CopyStaging.h"
@@ -82,7 +81,7 @@ class TopLevelCopy {
     CopyResult withDiskFullRetry(const ItemCopier::Settings& settings, std::string& reason) {
         DiskFullRetry& retry = DiskFullRetry::shared();
         for (int attempt = 0; attempt < 2; ++attempt) {
-            std::unique_lock<std::timed_mutex> retryTurn;
+            std::unique_ptr<DiskFullRetry::RetryTurn> retryTurn;
             if (attempt > 0) {
                 retryTurn = retry.retryTurn(options_.watch);
                 if (!DiskFullRetry::mayFit(source_, folder_))

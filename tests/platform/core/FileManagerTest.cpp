@@ -1,13 +1,19 @@
 #include <sys/file.h>
 
 #include <future>
-#include <set>
 
 #include "platform/core/StallWatch.h"
 #include "tests/platform/core/CoreTestSupport.h"
 
 static bool copy(const std::string& from, const std::string& to, std::string* error = nullptr) {
     return FileManager::defaultManager().copyItemAtPath(from, to, error);
+}
+
+// A file's bytes, read in one go (large files under ThreadSanitizer).
+static std::string contents(const std::string& path) {
+    std::string bytes(fs::file_size(path), '\0');
+    std::ifstream(path, std::ios::binary).read(bytes.data(), std::streamsize(bytes.size()));
+    return bytes;
 }
 
 static uintmax_t bytesOnDisk(const std::string& path) {
@@ -154,9 +160,9 @@ TEST(FileManagerTest, AFileRewrittenWhileCopiedArrivesWholeOrNotAtAll) {
             EXPECT_FALSE(fs::exists(copied));
             continue;
         }
-        const std::string text = readAll(copied);
+        const std::string text = contents(copied);
         EXPECT_EQ(text.size(), versions[0].size());
-        EXPECT_EQ(std::set<char>(text.begin(), text.end()).size(), 1u);
+        EXPECT_EQ(text.find_first_not_of(text[0]), std::string::npos);
         ++whole;
     }
     stop = true;
@@ -186,7 +192,7 @@ TEST(FileManagerTest, SparseFilesStaySparse) {
             out.seekp(at) << std::string(4096, 'd');
         out.close();
         ASSERT_TRUE(copy(source, source + "-copy"));
-        EXPECT_TRUE(readAll(source + "-copy") == readAll(source));
+        EXPECT_TRUE(contents(source + "-copy") == contents(source));
         EXPECT_LE(bytesOnDisk(source + "-copy"), uintmax_t(dataAt.size() + 1) * 64 * 1024);
     }
 }
