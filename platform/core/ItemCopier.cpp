@@ -55,20 +55,22 @@ bool sameVersion(const struct stat& before, const struct stat& after) {
            nanoseconds(before.st_ctim) == nanoseconds(after.st_ctim);
 }
 
-// File times come from a clock that ticks coarsely: a write in the same tick as the change that
-// |status| shows would leave the times as they are. Waits (at most two ticks) until that tick is
-// over, so that any later write shows.
-void waitOutTheLastChangesTick(const struct stat& status) {
-    static const int64_t tick = [] {
-        struct timespec resolution {};
-        ::clock_getres(CLOCK_REALTIME_COARSE, &resolution);
-        return std::max<int64_t>(nanoseconds(resolution), 1000000);
+// A write sets a file's times when it starts, from a clock that ticks coarsely: a write that
+// began just before |status| was taken may still be going on, and a later one in the same tick
+// leaves the times as they are, so neither would show once the copy is made. A file changed in
+// the last few milliseconds is therefore left alone until that is over (a writer paused longer in
+// the middle of one write still goes unseen; most write in many calls, and each one shows).
+void waitOutARecentChange(const struct stat& status) {
+    static const int64_t quiet = [] {
+        struct timespec tick {};
+        ::clock_getres(CLOCK_REALTIME_COARSE, &tick);
+        return std::max<int64_t>(2 * nanoseconds(tick), 20000000);
     }();
     struct timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
     const int64_t since = nanoseconds(now) - nanoseconds(status.st_ctim);
-    if (since >= 0 && since < 2 * tick)
-        std::this_thread::sleep_for(std::chrono::nanoseconds(2 * tick - since));
+    if (since >= 0 && since < quiet)
+        std::this_thread::sleep_for(std::chrono::nanoseconds(quiet - since));
 }
 
 // The file creation mask, read once (it is not asked without being changed); all bits when
@@ -225,7 +227,7 @@ ItemCopier::Data ItemCopier::copyData(int source,
                 ends.source.shown + ": larger than " + std::to_string(limit) + " bytes; not copied";
             return Data::TooLarge;
         }
-        waitOutTheLastChangesTick(before);
+        waitOutARecentChange(before);
         const Data outcome = transfer(source, destination, before, ends);
         if (outcome != Data::Whole && outcome != Data::ShortRead)
             return outcome;

@@ -43,6 +43,11 @@ class Pool {
         idle_.wait(lock, [this] { return running_ == 0; });
     }
 
+    bool hasAbandoned() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return abandoned_ > 0;
+    }
+
     void push(std::function<void()> task) {
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -58,6 +63,7 @@ class Pool {
                 return;
             run->abandoned = true;
             --running_;
+            ++abandoned_;
             startThread();
         }
         idle_.notify_all();
@@ -94,8 +100,10 @@ class Pool {
                 std::lock_guard<std::mutex> lock(mutex_);
                 run->returned = true;
                 // Its place was given to another thread, and it was counted done then.
-                if (run->abandoned)
+                if (run->abandoned) {
+                    --abandoned_;
                     return;
+                }
                 --running_;
             }
             EventLoop::endWork();
@@ -107,6 +115,7 @@ class Pool {
     std::condition_variable wake_, idle_;
     std::deque<std::function<void()>> tasks_;
     int running_ = 0;
+    int abandoned_ = 0;
     bool finishing_ = false;
 };
 
@@ -135,6 +144,10 @@ void WorkerPool::async(std::function<void()> task) {
 
 std::shared_ptr<WorkerPool::Task> WorkerPool::currentTask() {
     return currentRun;
+}
+
+bool WorkerPool::hasAbandonedTasks() {
+    return pool().hasAbandoned();
 }
 
 void WorkerPool::abandon(const std::shared_ptr<Task>& task) {

@@ -27,6 +27,8 @@ class WorkerPool {
     // thread in place of its own: for a task stuck where nothing can wake it (a read from a
     // mount that no longer answers). Its thread ends if the task ever returns. Any thread.
     void abandon(const std::shared_ptr<Task>& task);
+    // Whether a task was abandoned and has not returned since.
+    bool hasAbandonedTasks();
 };
 
 }  // namespace platform

@@ -138,8 +138,8 @@ TEST(FileManagerTest, LinksNameWhatTheyNamedWhereTheyWereShared) {
     EXPECT_EQ(readAll(dir.file("out/album/sub/back.jpg")), "jpeg");
 }
 
-// A file rewritten in place while it is copied (an editor saving over it) arrives as one whole
-// version, or not at all.
+// A file rewritten in place while it is copied (an editor saving over it, 64 KiB at a time)
+// arrives as one whole version, or not at all.
 TEST(FileManagerTest, AFileRewrittenWhileCopiedArrivesWholeOrNotAtAll) {
     TempDir dir;
     const std::string versions[] = {std::string(4 << 20, 'a'), std::string(4 << 20, 'b')};
@@ -147,8 +147,10 @@ TEST(FileManagerTest, AFileRewrittenWhileCopiedArrivesWholeOrNotAtAll) {
     std::atomic<bool> stop{false};
     std::thread editor([&] {
         for (size_t save = 1; !stop; ++save) {
-            std::ofstream(file, std::ios::in | std::ios::out | std::ios::binary)
-                << versions[save % 2];
+            const int fd = ::open(file.c_str(), O_WRONLY);
+            for (size_t at = 0; at < versions[0].size(); at += 64 << 10)
+                ::pwrite(fd, versions[save % 2].data() + at, 64 << 10, off_t(at));
+            ::close(fd);
             std::this_thread::sleep_for(20ms);  // the editor's pace, not a wait
         }
     });
