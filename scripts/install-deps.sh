@@ -2,7 +2,8 @@
 # Installs the Debian packages the build, the tests and the demo need, if any are missing.
 # The desktop tests validate the entries (desktop-file-utils, appstream), build the packages
 # (dpkg-dev for dpkg-shlibdeps, file) and check them (lintian), and run the Nautilus extension
-# (python3) and the KDE plugin through KDE Purpose.
+# (python3) and the KDE plugin through KDE Purpose. A share test mounts a FUSE file system whose
+# reads never answer (fuse3, python3-fusepy).
 set -euo pipefail
 
 packages=(
@@ -18,6 +19,7 @@ packages=(
   gdb
   lintian                                             # the package test
   libkf5purpose-dev libkf5purpose-bin qtbase5-dev     # the KDE Share-menu plugin (Qt 5) and its test
+  fuse3 python3-fusepy
 )
 # scripts/fuzz.sh needs clang and its libFuzzer runtime.
 if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi

@@ -13,6 +13,8 @@ class FileExport {
     explicit FileExport(size_t attachmentCount) : attachmentCount_(attachmentCount) {}
 
     std::mutex mutex;
+    // What killed shares left is cleared once, before the first copy.
+    std::once_flag interruptedCopiesRemoved;
     // Destination path of each accepted file, in completion order.
     platform::StringArray fileUrlArr;
     // Name and size text of each refused file, at the same index.

@@ -5,6 +5,8 @@
 #include "platform/core/FileManager.h"
 #include "platform/core/FileStatus.h"
 #include "platform/core/MainQueue.h"
+#include "platform/core/StallWatch.h"
+#include "platform/core/StorableFileName.h"
 #include "share/ControllerSupport.h"
 #include "share/FileExport.h"
 
@@ -15,12 +17,16 @@ namespace {
 
 using controller_support::kLog;
 
-// The container's path as a directory name, so that "/" + name gives one separator.
-std::string withoutTrailingSlash(std::string path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
-}
+// A source that delivers nothing for this long is given up: a read from a mount that no longer
+// answers never returns.
+constexpr std::chrono::seconds kSourceQuietLimit{5};
+
+// What one attachment adds to the lists: its destination path, or a refused name and size text.
+struct Accounted {
+    std::string listedPath;
+    std::string refusedName;
+    std::string sizeText;
+};
 
 }  // namespace
 
@@ -31,73 +37,102 @@ std::string withoutTrailingSlash(std::string path) {
 // What is listed and what lies in the container agree:
 // - a file is listed under the name it is copied to: its own name, or, when that name is not
 //   UTF-8 (which the store cannot hold), the name with its stray bytes written as %XX;
-// - the copy moves into place only when whole, so a killed share leaves no partial file under
-//   that name, and a file that grew past the limit since it was measured is refused instead;
+// - the copy takes its name only when whole, so a killed share leaves nothing under that name,
+//   and a file that grew past the limit since it was measured is refused instead;
 // - an attachment that cannot be copied at all is listed as refused with a name the host can
 //   show: one that delivered no file URL as "attachment N" (N counting from 1; the URL itself
-//   when a web link came instead), the root folder as "/", and any file when the group has no
-//   shared container. Its size text is "?" when there is no size to tell.
-// A copy that fails for another reason (the name already taken, no space, no permission) is
-// listed at its destination all the same: the host finds whatever lies there.
+//   when a web link came instead), the root folder as "/", the shared container itself or a
+//   folder in it (a copy would copy itself), and any file when the group has no shared
+//   container. Its size text is "?" when there is no size to tell.
+// A copy that fails for another reason (the name already taken, no space, a file that never
+// holds still, a source that delivers nothing for 5 s) is listed at its destination all the
+// same: the host finds whatever lies there, which is nothing when the copy was not whole.
 void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExport,
                                      size_t position,
                                      const std::optional<platform::Url>& item) {
-    std::optional<std::string> container =
-        platform::FileManager::defaultManager().containerURLForSecurityApplicationGroupIdentifier(
-            m_shareFolderName);
-    if (container)
-        container = withoutTrailingSlash(*container);
+    platform::FileManager& files = platform::FileManager::defaultManager();
+    const std::optional<std::string> container =
+        files.containerURLForSecurityApplicationGroupIdentifier(m_shareFolderName);
     kLog.write("sharedFolder path[" + (container ? *container : std::string("(null)")) + "].");
+    if (container) {
+        std::call_once(fileExport->interruptedCopiesRemoved,
+                       [&] { files.removeInterruptedCopies(*container); });
+    }
+
+    auto account = [self = strongSelf(), fileExport](const Accounted& entry,
+                                                     const std::string& source) {
+        platform::StringArray fileUrlArr;
+        platform::StringArray invalidFileNameArr;
+        platform::StringArray invalidFileSizeArr;
+        {
+            std::lock_guard<std::mutex> lock(fileExport->mutex);
+            if (!entry.listedPath.empty()) {
+                fileExport->fileUrlArr.push_back(entry.listedPath);
+                kLog.write("fileUrlArr addObject [" + source + "].");
+            } else {
+                fileExport->invalidFileNameArr.push_back(entry.refusedName);
+                fileExport->invalidFileSizeArr.push_back(entry.sizeText);
+            }
+            kLog.write("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
+            if (!fileExport->isComplete())
+                return;
+            fileUrlArr = fileExport->fileUrlArr;
+            invalidFileNameArr = fileExport->invalidFileNameArr;
+            invalidFileSizeArr = fileExport->invalidFileSizeArr;
+        }
+        self->finishFileExport(fileUrlArr, invalidFileNameArr, invalidFileSizeArr);
+    };
 
     const std::string source = item && item->isFileURL() ? item->path() : std::string();
     const std::string name =
-        platform::FileManager::storableFileName(item ? item->lastPathComponent() : std::string());
-    bool accepted = false;
-    std::string refusedName = name;
-    std::string sizeText;
-    std::string destination;
+        platform::StorableFileName::of(item ? item->lastPathComponent() : std::string());
     if (source.empty()) {
-        refusedName = item ? item->absoluteString() : "attachment " + std::to_string(position);
-        sizeText = kUnknownSizeText;
         kLog.write("attachment delivered no file URL; listed as refused.");
-    } else if (isInvalidFile(source)) {
-        sizeText = invalidFileSizeString(source);
+        account({"", item ? item->absoluteString() : "attachment " + std::to_string(position),
+                 kUnknownSizeText},
+                source);
+        return;
+    }
+    const std::string destination = container && name != "/" ? *container + "/" + name : "";
+    // Measuring and copying both read the source; should it stop answering, the attachment is
+    // accounted for as a failed copy (or refused, with nowhere to copy to) all the same.
+    const auto watch = platform::StallWatch::start(kSourceQuietLimit, [=] {
+        kLog.write("copy of [" + source + "] given up: no data for " +
+                   std::to_string(kSourceQuietLimit.count()) + " seconds.");
+        account(destination.empty() ? Accounted{"", name, kUnknownSizeText}
+                                    : Accounted{destination, "", ""},
+                source);
+    });
+    Accounted entry{"", name, ""};
+    if (isInvalidFile(source)) {
+        entry.sizeText = invalidFileSizeString(source);
     } else if (!container) {
-        sizeText = invalidFileSizeString(source);
+        entry.sizeText = invalidFileSizeString(source);
         kLog.write("no shared folder; not copied [" + source + "].");
     } else if (name == "/") {
         // The whole file system is never copied.
-        sizeText = invalidFileSizeString(source);
+        entry.sizeText = invalidFileSizeString(source);
         kLog.write("the root folder has no name to copy to; not copied [" + source + "].");
+    } else if (platform::FileStatus::isFolderWithin(source, *container)) {
+        entry.sizeText = invalidFileSizeString(source);
+        kLog.write("the shared container or a folder in it; not copied [" + source + "].");
     } else {
-        destination = *container + "/" + name;
-        accepted =
-            platform::FileManager::defaultManager().copyItemAtPath(
-                source, destination, kMaxFileSize, nullptr) != platform::CopyResult::TooLarge;
-        if (!accepted)
-            sizeText = invalidFileSizeString(source);  // it grew past the limit since measured
-    }
-
-    platform::StringArray fileUrlArr;
-    platform::StringArray invalidFileNameArr;
-    platform::StringArray invalidFileSizeArr;
-    {
-        std::lock_guard<std::mutex> lock(fileExport->mutex);
-        if (accepted) {
-            fileExport->fileUrlArr.push_back(destination);
-            kLog.write("fileUrlArr addObject [" + source + "].");
-        } else {
-            fileExport->invalidFileNameArr.push_back(refusedName);
-            fileExport->invalidFileSizeArr.push_back(sizeText);
+        platform::CopyOptions options;
+        options.maxFileBytes = kMaxFileSize;
+        options.watch = watch;
+        switch (files.copyItemAtPath(source, destination, options)) {
+            case platform::CopyResult::TooLarge:  // it grew past the limit since measured
+            case platform::CopyResult::Refused:
+                entry.sizeText = invalidFileSizeString(source);
+                break;
+            case platform::CopyResult::Copied:
+            case platform::CopyResult::Failed:
+                entry = {destination, "", ""};
+                break;
         }
-        kLog.write("fileUrlArr count[" + std::to_string(fileExport->fileUrlArr.size()) + "].");
-        if (!fileExport->isComplete())
-            return;
-        fileUrlArr = fileExport->fileUrlArr;
-        invalidFileNameArr = fileExport->invalidFileNameArr;
-        invalidFileSizeArr = fileExport->invalidFileSizeArr;
     }
-    finishFileExport(fileUrlArr, invalidFileNameArr, invalidFileSizeArr);
+    if (watch->settle())
+        account(entry, source);
 }
 
 void ShareViewController::finishFileExport(const platform::StringArray& fileUrlArr,

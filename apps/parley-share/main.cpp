@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -21,6 +22,7 @@
 #include "platform/core/LaunchRendezvous.h"
 #include "platform/core/PathText.h"
 #include "platform/core/Url.h"
+#include "platform/core/WorkerPool.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
 #include "platform/ui/View.h"
@@ -187,17 +189,28 @@ int main(int argc, char** argv) {
     // The request has ended: the sheet goes away while the hand-off finishes.
     window.close();
 
-    // Copies run as long as they need: a large file on a slow disk is not cut short.
+    // Copies run as long as they need: a large file on a slow disk is not cut short. One whose
+    // source stopped delivering was given up and no longer counts.
     while (!platform::EventLoop::runUntilIdle(kWaitSlice))
         continue;
+    int status = kExitFailed;
     switch (context->state()) {
         case platform::ExtensionContext::State::Completed:
-            return kExitCompleted;
+            status = kExitCompleted;
+            break;
         case platform::ExtensionContext::State::Cancelled:
-            return kExitCancelled;
+            status = kExitCancelled;
+            break;
         case platform::ExtensionContext::State::Pending:
+            std::fprintf(stderr, "parley-share: the request was neither completed nor cancelled\n");
             break;
     }
-    std::fprintf(stderr, "parley-share: the request was neither completed nor cancelled\n");
-    return kExitFailed;
+    if (platform::WorkerPool::shared().hasAbandonedTasks()) {
+        // A thread is still blocked in a read that may never return (a dead mount), holding
+        // objects that the normal exit would destroy under it; nothing is left to do, so the
+        // process ends here, its output flushed.
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
 }

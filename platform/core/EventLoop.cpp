@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <atomic>
+#include <csignal>
 #include <thread>
 
 #include "platform/core/MainQueue.h"
@@ -12,11 +13,34 @@
 namespace platform {
 
 namespace {
+
 std::atomic<int> pendingCount{0};
+// Whether the main thread has been woken since it last looked at its wait's condition: one wake
+// serves every worker task that ends meanwhile, rather than one wake each.
+std::atomic<bool> mainThreadWoken{false};
+// Set while the main thread waits for no pending work: only the end of the last piece of work
+// can change its answer, so the ends of the others do not wake it.
+std::atomic<bool> waitingForIdle{false};
 QCoreApplication* application = nullptr;
+
+// A write to a closed pipe (standard error read by nobody) and one past the file-size limit
+// (ulimit -f) end the process by default. Ignored, they fail with EPIPE and EFBIG instead, which
+// the writers handle: the hand-off runs to its end.
+void ignoreSignalsOfFailedWrites() {
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    ::sigaction(SIGPIPE, &ignore, nullptr);
+    ::sigaction(SIGXFSZ, &ignore, nullptr);
+}
+
 }  // namespace
 
-EventLoop::EventLoop(int& argc, char** argv) {
+EventLoop::EventLoop() {
+    // Before the application object is made: it may write to standard error already.
+    ignoreSignalsOfFailedWrites();
+}
+
+EventLoop::EventLoop(int& argc, char** argv) : EventLoop() {
     adoptApplication(new QCoreApplication(argc, argv));
 }
 
@@ -52,13 +76,22 @@ bool EventLoop::runUntil(const std::function<bool()>& done, std::chrono::millise
         std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()));
     QTimer recheck;
     recheck.start(kUnannouncedChangeInterval);
-    while (!done() && std::chrono::steady_clock::now() < deadline)
+    for (;;) {
+        // Cleared before the condition is read: work ending after that wakes the thread again.
+        mainThreadWoken.store(false);
+        if (done() || std::chrono::steady_clock::now() >= deadline)
+            break;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
     return done();
 }
 
 bool EventLoop::runUntilIdle(std::chrono::milliseconds timeout) {
-    return runUntil([] { return pendingWork() == 0; }, timeout);
+    const bool outer = !waitingForIdle.exchange(true);
+    const bool idle = runUntil([] { return pendingWork() == 0; }, timeout);
+    if (outer)
+        waitingForIdle = false;
+    return idle;
 }
 
 void EventLoop::processEvents() {
@@ -71,8 +104,10 @@ void EventLoop::beginWork() {
 }
 
 void EventLoop::endWork() {
-    pendingCount.fetch_sub(1, std::memory_order_acq_rel);
+    const int left = pendingCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
     // A waiting main thread re-checks its condition: the work may have been what it waits for.
+    if ((left > 0 && waitingForIdle.load()) || mainThreadWoken.exchange(true))
+        return;
     if (!MainQueue::isMainThread())
         MainQueue::wakeMainThread();
 }

@@ -9,7 +9,9 @@ namespace platform {
 
 // The process's application object and main event loop. Create one on the main thread before
 // any queue or bus use. This one needs no display; a program that shows views creates a
-// DisplayEventLoop instead.
+// DisplayEventLoop instead. From its creation on, SIGPIPE and SIGXFSZ are ignored: a write to a
+// pipe nobody reads (standard error) or past the file-size limit fails with an error, which the
+// writer handles, instead of ending the process.
 class EventLoop {
   public:
     EventLoop(int& argc, char** argv);
@@ -24,7 +26,8 @@ class EventLoop {
     static bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
     static constexpr std::chrono::milliseconds kUnannouncedChangeInterval{250};
     // Runs the loop until no pending work is left: worker-pool tasks, main-queue tasks (delayed
-    // ones included). Returns false when |timeout| passed first.
+    // ones included). Returns false when |timeout| passed first. Meanwhile a worker task wakes
+    // the thread only when it is the last pending work, so that thousands of them cost one wake.
     static bool runUntilIdle(std::chrono::milliseconds timeout);
     // Processes what is queued now, without waiting.
     static void processEvents();
@@ -36,7 +39,7 @@ class EventLoop {
 
   protected:
     // For a subclass that makes its own application object: it calls adoptApplication.
-    EventLoop() = default;
+    EventLoop();
     // Takes ownership of the process's application object and hooks the main queue into it.
     void adoptApplication(QCoreApplication* application);
 };

@@ -13,6 +13,11 @@ struct FileStatus {
 
     // nullopt when the path cannot be examined (missing, a component not searchable, ...).
     static std::optional<FileStatus> lstat(const std::string& path);
+
+    // Whether |path| itself (a link is not followed) is a folder that is |folder| or lies
+    // somewhere inside it, judged by the folders it physically lies in, whatever links the two
+    // paths pass through. False when either cannot be examined.
+    static bool isFolderWithin(const std::string& path, const std::string& folder);
 };
 
 }  // namespace platform

@@ -1,5 +1,8 @@
 #include "platform/core/Log.h"
 
+#include <paths.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -7,6 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 
@@ -31,9 +35,41 @@ std::vector<LogCapture*>& captures() {
     return *list;
 }
 
-void openSyslogOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { openlog(program_invocation_short_name, LOG_PID, LOG_USER); });
+bool canConnectToSyslog() {
+    for (int type : {SOCK_DGRAM, SOCK_STREAM}) {
+        const int probe = ::socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, _PATH_LOG, sizeof address.sun_path - 1);
+        const bool connected =
+            probe >= 0 &&
+            ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        if (probe >= 0)
+            ::close(probe);
+        if (connected)
+            return true;
+    }
+    return false;
+}
+
+// Whether syslog() may be called. While the log socket is missing (containers, CI), glibc's
+// syslog() tries to connect again at every line, which costs more than the line; so it is used
+// once a probe has found the socket, probed again at most every few seconds until then. Once
+// open, glibc keeps its connection.
+bool syslogReachable() {
+    static std::atomic<bool> reachable{false};
+    static std::atomic<int64_t> nextProbe{0};
+    if (reachable.load(std::memory_order_acquire))
+        return true;
+    const int64_t now = std::chrono::duration_cast<std::chrono::milliseconds>(
+                            std::chrono::steady_clock::now().time_since_epoch())
+                            .count();
+    int64_t due = nextProbe.load();
+    if (now < due || !nextProbe.compare_exchange_strong(due, now + 5000) || !canConnectToSyslog())
+        return false;
+    openlog(program_invocation_short_name, LOG_PID | LOG_NDELAY, LOG_USER);
+    reachable.store(true, std::memory_order_release);
+    return true;
 }
 
 // "2024-05-01 12:00:00.123 name[pid:tid] " like the system log's own console format.
@@ -42,14 +78,23 @@ std::string stderrPrefix() {
     auto now = system_clock::now();
     std::time_t seconds = system_clock::to_time_t(now);
     auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char stamp[64];
-    size_t n = std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+    // Formatted once a second per thread: localtime_r takes a lock that all threads share.
+    thread_local std::time_t stampedSecond = -1;
+    thread_local char stamp[64];
+    thread_local size_t n = 0;
+    if (seconds != stampedSecond) {
+        std::tm local{};
+        localtime_r(&seconds, &local);
+        n = std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+        stampedSecond = seconds;
+    }
     char rest[64];
     std::snprintf(rest, sizeof rest, ".%03d ", static_cast<int>(millis));
-    return std::string(stamp, n) + rest + program_invocation_short_name + "[" +
-           std::to_string(getpid()) + ":" + std::to_string(gettid()) + "] ";
+    // Asked once: each is a system call, and a share may log tens of thousands of lines.
+    static const std::string pid = std::to_string(getpid());
+    thread_local const std::string tid = std::to_string(gettid());
+    return std::string(stamp, n) + rest + program_invocation_short_name + "[" + pid + ":" + tid +
+           "] ";
 }
 
 void writeAll(int fd, const std::string& text) {
@@ -74,8 +119,8 @@ void Log::setSystemOutput(bool enabled) {
 
 void Log::write(const std::string& line) {
     if (systemOutput) {
-        openSyslogOnce();
-        syslog(LOG_NOTICE, "%s", line.c_str());
+        if (syslogReachable())
+            syslog(LOG_NOTICE, "%s", line.c_str());
         // One write() per line so that lines from several threads do not interleave.
         writeAll(STDERR_FILENO, stderrPrefix() + line + "\n");
     }

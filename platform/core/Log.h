@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// The system log. Every line goes to syslog and to stderr; a capture (used by tests) sees the
-// lines written while it lives, from any thread.
+// The system log. Every line goes to stderr and, while its socket is there, to syslog; a capture
+// (used by tests) sees the lines written while it lives, from any thread.
 class Log {
   public:
     // NSLog: writes one line. Thread-safe.

@@ -55,19 +55,39 @@ std::optional<std::string> stringOf(plist_t node) {
     return std::string(text, length);
 }
 
+// Calls |visit| with each item of |array| in order while it returns true; false when one did not.
+// Walked by iterator: libplist finds an item of a parsed array by index, and counts its items,
+// by walking the array from its start, which makes an indexed loop quadratic.
+template <typename Visit>
+bool everyItem(plist_t array, Visit visit) {
+    plist_array_iter iter = nullptr;
+    plist_array_new_iter(array, &iter);
+    bool ok = true;
+    while (iter && ok) {
+        plist_t item = nullptr;
+        plist_array_next_item(array, iter, &item);
+        if (!item)
+            break;
+        ok = visit(item);
+    }
+    std::free(iter);
+    return ok;
+}
+
 std::optional<PropertyValue> valueOf(plist_t node) {
     if (auto text = stringOf(node))
         return PropertyValue(*text);
     if (!node || plist_get_node_type(node) != PLIST_ARRAY)
         return std::nullopt;
     StringArray array;
-    uint32_t size = plist_array_get_size(node);
-    for (uint32_t i = 0; i < size; ++i) {
-        auto item = stringOf(plist_array_get_item(node, i));
-        if (!item)
-            return std::nullopt;  // a mixed array is not one of our values
-        array.push_back(*item);
-    }
+    const bool allText = everyItem(node, [&array](plist_t item) {
+        auto text = stringOf(item);
+        if (text)
+            array.push_back(std::move(*text));
+        return text.has_value();
+    });
+    if (!allText)
+        return std::nullopt;  // a mixed array is not one of our values
     return PropertyValue(std::move(array));
 }
 
@@ -86,10 +106,7 @@ bool canBeRewritten(plist_t node) {
             return text && isText(text, length);
         }
         case PLIST_ARRAY:
-            for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
-                if (!canBeRewritten(plist_array_get_item(node, i)))
-                    return false;
-            return true;
+            return everyItem(node, canBeRewritten);
         case PLIST_DICT: {
             bool ok = true;
             plist_dict_iter iter = nullptr;

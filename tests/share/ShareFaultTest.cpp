@@ -11,10 +11,10 @@
 
 using namespace share_test;
 
-static long partialCopiesIn(const std::string& folder) {
-    return std::count_if(fs::directory_iterator(folder), {}, [](const fs::directory_entry& e) {
-        return e.path().filename().string().rfind(".parley-partial-", 0) == 0;
-    });
+// Copies in progress are built in the work folder beside the containers.
+static long copiesInProgressBeside(const std::string& container) {
+    const fs::path work = fs::path(container).parent_path() / ".copies-in-progress";
+    return fs::exists(work) ? std::distance(fs::directory_iterator(work), {}) : 0;
 }
 
 // Whether this process may give a child a private mount table with its own mounts.
@@ -35,7 +35,7 @@ TEST_F(ShareFaultTest, KilledShareLeavesNothingPartialUnderTheFinalName) {
     ASSERT_EQ(run(shareCommand("--action fav " + quoted(many)) + " & echo $! >" +
                   quoted(files_.file("pid"))),
               0);
-    ASSERT_TRUE(waitFor([&] { return partialCopiesIn(c) > 0; }, std::chrono::seconds(20)));
+    ASSERT_TRUE(waitFor([&] { return copiesInProgressBeside(c) > 0; }, std::chrono::seconds(20)));
     run("kill -9 $(cat " + quoted(files_.file("pid")) + ")");
     auto countIn = [](const std::string& folder) {
         return fs::exists(folder) ? std::distance(fs::directory_iterator(folder), {}) : 0;
@@ -44,7 +44,7 @@ TEST_F(ShareFaultTest, KilledShareLeavesNothingPartialUnderTheFinalName) {
     fs::remove_all(c + "/many");
     EXPECT_EQ(share("--action fav " + quoted(many)), 0);
     EXPECT_EQ(countIn(c + "/many"), 1500);
-    EXPECT_EQ(partialCopiesIn(c), 0);
+    EXPECT_EQ(copiesInProgressBeside(c), 0);
 }
 
 // No space while copying (a 1 MiB file system for the container, or a file-size limit where nothing

@@ -1,12 +1,18 @@
 // The file export: size limit and size texts, the lists and their order, copies into the shared
 // container, the one completion that finishes the export, and the wake-up's timing.
 #include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <set>
 
 #include "tests/share/ShareTestSupport.h"
+#include "tests/support/ScopedEnv.h"
 
 using namespace share_test;
 
 using platform::Url;
+using testing::HasSubstr;
 
 // A sparse file: sizes of gigabytes cost nothing.
 static std::string sparseFile(const testing_support::TempDir& dir,
@@ -162,4 +168,140 @@ TEST_F(ShareTest, NoSharedContainerRefusesEveryFileAndStillWakes) {
     EXPECT_EQ(storedArray("ParleyMacShareInvalidFileNames", group), StringArray{"doc.pdf"});
     EXPECT_EQ(storedArray("ParleyMacShareInvalidFileSizes", group), StringArray{"3.0M"});
     EXPECT_EQ(controller->wakeupCount(), 1);
+}
+
+// A home-like folder that holds the container is copied whole without the container (nor the
+// copy in progress); the container itself and a folder in it are refused without writing.
+TEST_F(ShareTest, AFolderHoldingTheContainerIsCopiedWithoutIt) {
+    const std::string home = files_.file("home");
+    fs::create_directories(home + "/Documents");
+    files_.writeText("home/Documents/plan.txt", "plan");
+    ScopedEnv dataHome("XDG_DATA_HOME", home + "/.local/share");
+    const std::string c = containerPath();
+    fs::create_directories(c + "/earlier");
+    auto controller =
+        startShare({fileProvider(home), fileProvider(c), fileProvider(c + "/earlier")});
+    controller->onClickFavToParley();
+    runUntilIdle();
+
+    EXPECT_EQ(storedArray("ParleyMacSharePathArray"), StringArray{c + "/home"});
+    EXPECT_THAT(storedArray("ParleyMacShareInvalidFileNames"),
+                testing::UnorderedElementsAre(kGroup, "earlier"));
+    EXPECT_EQ(readAll(c + "/home/Documents/plan.txt"), "plan");
+    EXPECT_TRUE(fs::is_directory(c + "/home/.local/share/group-containers"));
+    EXPECT_FALSE(fs::exists(c + "/home/.local/share/group-containers/" + kGroup));
+    EXPECT_FALSE(fs::exists(c + "/home/.local/share/group-containers/.copies-in-progress"));
+    EXPECT_FALSE(fs::exists(c + "/" + kGroup));
+    EXPECT_EQ(countLine(line("the shared container or a folder in it; not copied [" + c + "].")),
+              1u);
+}
+
+// Programs of ours run as a desktop starts them: with the default actions for SIGPIPE and SIGXFSZ
+// (the test's own are ignored, and children would inherit that), through this Python launcher.
+static std::string launched(const std::string& setup, const std::string& command) {
+    return "python3 -c " +
+           quoted("import os, resource, subprocess, sys\n" + setup +
+                  "\nsys.exit(subprocess.call(sys.argv[1], shell=True, **spawn))") +
+           " " + quoted(command);
+}
+
+// Standard error on a pipe that nobody reads, and a file-size limit below one shared file: the
+// share runs to its end, the file that does not fit is a failed copy (listed, absent) and the
+// other is copied.
+TEST_F(ShareProgramsTest, AClosedPipeAndAFileSizeLimitDoNotEndTheShare) {
+    const std::string big = files_.writeFile("big.bin", 3 << 20);
+    const std::string small = files_.writeText("small.txt", "s");
+    const std::string c = containerPath();
+    const std::string errors = files_.file("share.err");
+    const struct {
+        const char* name;
+        std::string setup;
+        std::set<std::string> copied;
+    } kCases[] = {
+        {"closed pipe",
+         "r, w = os.pipe(); os.close(r); spawn = dict(stderr=w)",
+         {"big.bin", "small.txt"}},
+        {"file-size limit",
+         "limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))\n"
+         "spawn = dict(preexec_fn=limit, stderr=open(" +
+             quoted(errors) + ", 'w'))",
+         {"small.txt"}},
+    };
+    for (const auto& [name, setup, copied] : kCases) {
+        SCOPED_TRACE(name);
+        for (const auto& entry : fs::directory_iterator(c))
+            fs::remove_all(entry);
+        EXPECT_EQ(run(launched(setup, quoted(PARLEY_APPEX_DIR "/Contents/MacOS/parley-share") +
+                                          " --action fav " + quoted(big) + " " + quoted(small))),
+                  0);
+        std::set<std::string> inContainer;
+        for (const auto& entry : fs::directory_iterator(c))
+            inContainer.insert(entry.path().filename());
+        EXPECT_EQ(inContainer, copied);
+        const auto listed = std::get<StringArray>(stored("ParleyMacSharePathArray").value());
+        EXPECT_EQ(std::set<std::string>(listed.begin(), listed.end()),
+                  (std::set<std::string>{c + "/big.bin", c + "/small.txt"}));
+    }
+    EXPECT_THAT(readAll(errors), HasSubstr("FileManager: copy of [" + big + "] to [" + c +
+                                           "/big.bin] failed: " + c + "/big.bin: File too large"));
+}
+
+// A mount that answers questions about its files but never delivers stuck.bin's data (a network
+// mount whose server went away), and where album/locked.txt cannot be opened: the FUSE file
+// system of unanswering_mount.py, started here, and unmounted and ended however the test ends.
+class UnansweringMount {
+  public:
+    explicit UnansweringMount(const std::string& at) : at_(at), pid_(at + ".pid") {
+        fs::create_directories(at_);
+        run("/usr/bin/python3 " + quoted(PARLEY_SOURCE_DIR "/tests/share/unanswering_mount.py") +
+            " " + quoted(at_) + " >/dev/null 2>&1 & echo $! >" + quoted(pid_));
+    }
+    ~UnansweringMount() {
+        run("fusermount3 -u -z " + quoted(at_) + " 2>/dev/null; kill -9 $(cat " + quoted(pid_) +
+            ")");
+    }
+    static std::string unavailable() {
+        if (::access("/dev/fuse", R_OK | W_OK) != 0)
+            return "/dev/fuse cannot be opened";
+        if (run("command -v fusermount3 >/dev/null") != 0)
+            return "fusermount3 is not installed (Debian: fuse3)";
+        if (run("/usr/bin/python3 -c 'import fusepy' 2>/dev/null") != 0)
+            return "fusepy is not installed (Debian: python3-fusepy)";
+        return "";
+    }
+
+  private:
+    const std::string at_, pid_;
+};
+
+// The dead mount costs only its own file: it is given up after 5 s and listed as a failed copy,
+// the folder beside it is copied without its unreadable entry, the host is woken and the program
+// ends.
+TEST_F(ShareProgramsTest, ADeadMountAndAnUnreadableEntryCostOnlyThemselves) {
+    if (const std::string why = UnansweringMount::unavailable(); !why.empty())
+        GTEST_SKIP() << "no FUSE mount for this test: " << why;
+    const std::string mount = files_.file("mnt");
+    UnansweringMount unanswering(mount);
+    ASSERT_TRUE(waitFor([&] { return fs::exists(mount + "/album/ok.txt"); }));
+    const std::string notes = files_.writeText("notes.txt", "n");
+    const std::string c = containerPath();
+    const auto started = Clock::now();
+    EXPECT_EQ(share("--action fav " + quoted(mount + "/stuck.bin") + " " +
+                    quoted(mount + "/album") + " " + quoted(notes)),
+              0);
+    EXPECT_LT(Clock::now() - started, std::chrono::seconds(30));
+    const auto listed = std::get<StringArray>(stored("ParleyMacSharePathArray").value());
+    EXPECT_EQ(std::set<std::string>(listed.begin(), listed.end()),
+              (std::set<std::string>{c + "/stuck.bin", c + "/album", c + "/notes.txt"}));
+    EXPECT_FALSE(fs::exists(c + "/stuck.bin"));
+    EXPECT_EQ(readAll(c + "/album/ok.txt"), "readable");
+    EXPECT_FALSE(fs::exists(c + "/album/locked.txt"));
+    EXPECT_EQ(readAll(c + "/notes.txt"), "n");
+    const std::string errors = shareErrors();
+    EXPECT_THAT(errors, HasSubstr("[ShareViewController]: copy of [" + mount +
+                                  "/stuck.bin] given up: no data for 5 seconds."));
+    EXPECT_THAT(errors, HasSubstr("FileManager: " + mount +
+                                  "/album/locked.txt cannot be read (Permission denied); left out "
+                                  "of the copy."));
+    EXPECT_THAT(errors, HasSubstr("[ShareViewController]: Parley is offline."));
 }

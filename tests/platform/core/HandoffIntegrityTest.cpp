@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "platform/core/StorableFileName.h"
 #include "tests/platform/core/CoreTestSupport.h"
 
 // Pairs of a raw name and how it is stored: a surrogate and an overlong "/" are not UTF-8.
@@ -14,7 +15,7 @@ TEST(CopyIntegrityTest, NamesAreEscapedAndCopiesWholeUnderTheirFinalNameOrAbsent
         {"100%\xff", "100%25%FF"}, {"\xed\xa0\x80", "%ED%A0%80"}, {"\xc0\xaf.txt", "%C0%AF.txt"}};
     for (const auto& [raw, stored] : cases) {
         SCOPED_TRACE(raw);
-        EXPECT_EQ(stored, FileManager::storableFileName(raw));
+        EXPECT_EQ(stored, StorableFileName::of(raw));
     }
 
     // A folder is copied without its pipes; a growing file is copied no larger than the limit,
@@ -29,12 +30,14 @@ TEST(CopyIntegrityTest, NamesAreEscapedAndCopiesWholeUnderTheirFinalNameOrAbsent
     EXPECT_FALSE(fs::exists(fs::symlink_status(dir.file("copy/pipe"))));
 
     const std::string big = dir.writeFile("big.bin", 1 << 20);
+    CopyOptions limited;
+    limited.maxFileBytes = 4 << 20;
     std::atomic<bool> stop{false};
     std::thread writer([&] {
         for (uintmax_t size = 1 << 20; !stop && size < (64u << 20); size += 256 * 1024)
             fs::resize_file(big, size);
     });
-    const auto result = manager.copyItemAtPath(big, dir.file("grown"), 4 << 20, nullptr);
+    const auto result = manager.copyItemAtPath(big, dir.file("grown"), limited);
     stop = true;
     writer.join();
     if (result == CopyResult::Copied)
@@ -42,10 +45,9 @@ TEST(CopyIntegrityTest, NamesAreEscapedAndCopiesWholeUnderTheirFinalNameOrAbsent
     else
         EXPECT_EQ(CopyResult::TooLarge, result);
     fs::resize_file(big, 4 << 20);
-    EXPECT_EQ(manager.copyItemAtPath(big, dir.file("limit"), 4 << 20, nullptr), CopyResult::Copied);
+    EXPECT_EQ(manager.copyItemAtPath(big, dir.file("limit"), limited), CopyResult::Copied);
     fs::resize_file(big, (4 << 20) + 1);
-    EXPECT_EQ(manager.copyItemAtPath(big, dir.file("over"), 4 << 20, nullptr),
-              CopyResult::TooLarge);
+    EXPECT_EQ(manager.copyItemAtPath(big, dir.file("over"), limited), CopyResult::TooLarge);
     EXPECT_FALSE(fs::exists(dir.file("over")));
 }
 
