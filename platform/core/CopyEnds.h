@@ -36,25 +36,4 @@ struct FileIdentity {
     }
 };
 
-// |path| without the slashes that end it ("/" stays "/"), so that its last component is a name.
-inline std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
-}
-
-// The folder part of |path| (".", or "/" for an entry of the root) and its last component.
-inline std::string folderOf(const std::string& path) {
-    const std::string trimmed = withoutTrailingSlashes(path);
-    const size_t slash = trimmed.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : trimmed.substr(0, slash);
-}
-inline std::string nameOf(const std::string& path) {
-    const std::string trimmed = withoutTrailingSlashes(path);
-    const size_t slash = trimmed.rfind('/');
-    return slash == std::string::npos || trimmed == "/" ? trimmed : trimmed.substr(slash + 1);
-}
-
 }  // namespace platform

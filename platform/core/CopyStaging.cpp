@@ -13,6 +13,7 @@
 
 #include "platform/core/CopyEnds.h"
 #include "platform/core/FileDescriptor.h"
+#include "platform/core/PathText.h"
 
 namespace platform {
 
@@ -52,7 +53,7 @@ FileDescriptor makeLockedEntry(int workFolder, std::string& name, std::string& e
 }  // namespace
 
 std::string CopyStaging::workFolderFor(const std::string& destinationFolder) {
-    const std::string parent = folderOf(destinationFolder);
+    const std::string parent = PathText::folderOf(destinationFolder);
     return (parent == "/" ? "" : parent) + "/" + kWorkFolderName;
 }
 

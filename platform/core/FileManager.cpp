@@ -15,6 +15,7 @@
 #include "platform/core/InterruptedCopySweep.h"
 #include "platform/core/ItemCopier.h"
 #include "platform/core/Log.h"
+#include "platform/core/PathText.h"
 #include "platform/core/Paths.h"
 #include "platform/core/StallWatch.h"
 
@@ -34,8 +35,8 @@ class TopLevelCopy {
                  const CopyOptions& options)
         : source_(source),
           destination_(destination),
-          folder_(folderOf(destination)),
-          name_(nameOf(destination)),
+          folder_(PathText::folderOf(destination)),
+          name_(PathText::lastPathComponent(destination)),
           options_(options) {}
 
     CopyResult run(std::string& reason) {
@@ -60,7 +61,8 @@ class TopLevelCopy {
             reason = destination_ + ": " + std::strerror(EEXIST);
             return CopyResult::Failed;
         }
-        ItemCopier::Settings settings{options_.maxFileBytes, options_.watch, {}, folderOf(source_)};
+        ItemCopier::Settings settings{
+            options_.maxFileBytes, options_.watch, {}, PathText::folderOf(source_)};
         // Only a folder can hold the folders where copies are made.
         if (S_ISDIR(seen_.st_mode)) {
             auto& leftOut = settings.leftOut;
@@ -160,9 +162,9 @@ CopyResult FileManager::copyItemAtPath(const std::string& source,
                                        const CopyOptions& options,
                                        std::string* error) {
     std::string reason;
-    const CopyResult result =
-        TopLevelCopy(withoutTrailingSlashes(source), withoutTrailingSlashes(destination), options)
-            .run(reason);
+    const CopyResult result = TopLevelCopy(PathText::withoutTrailingSlashes(source),
+                                           PathText::withoutTrailingSlashes(destination), options)
+                                  .run(reason);
     // A copy given up is reported by whoever watched it, once.
     if (result == CopyResult::Copied || (options.watch && options.watch->hasGivenUp()))
         return result;

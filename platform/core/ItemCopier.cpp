@@ -19,6 +19,7 @@
 #include "platform/core/FileDescriptor.h"
 #include "platform/core/LinkTarget.h"
 #include "platform/core/Log.h"
+#include "platform/core/PathText.h"
 #include "platform/core/StallWatch.h"
 
 namespace platform {
@@ -417,7 +418,8 @@ bool ItemCopier::copyFolder(const CopyEnds& ends,
     if (!to.isOpen())
         return fail(destination.shown, errno);
     // Where its entries lie, below the folder that holds the top of the copy.
-    const std::string inside = depth == 0 ? nameOf(source.name) : insideTop + "/" + source.name;
+    const std::string inside =
+        depth == 0 ? PathText::lastPathComponent(source.name) : insideTop + "/" + source.name;
     for (const std::string& name : names) {
         if (!copyEntryAt({source.child(from.get(), name), destination.child(to.get(), name)},
                          depth + 1, inside))

@@ -1,6 +1,7 @@
 #include "platform/core/LinkTarget.h"
 
 #include "platform/core/CopyEnds.h"
+#include "platform/core/PathText.h"
 
 namespace platform {
 
@@ -42,7 +43,7 @@ std::string LinkTarget::relocated(const std::string& target,
             end = target.size();
         const std::string component = target.substr(at, end - at);
         if (component == "..")
-            folder = folderOf(folder);
+            folder = PathText::folderOf(folder);
         else if (!component.empty() && component != ".")
             break;
         at = end + 1;

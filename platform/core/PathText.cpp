@@ -46,6 +46,14 @@ std::string PathText::lastPathComponent(const std::string& path) {
     return trimmed.substr(slash + 1);
 }
 
+std::string PathText::folderOf(const std::string& path) {
+    const std::string trimmed = withoutTrailingSlashes(path);
+    const size_t slash = trimmed.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : trimmed.substr(0, slash);
+}
+
 std::string PathText::schemeOf(const std::string& text) {
     const size_t colon = text.find(':');
     if (colon == std::string::npos || colon == 0 ||

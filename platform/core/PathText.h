@@ -22,6 +22,9 @@ class PathText {
     static std::string withoutTrailingSlashes(const std::string& path);
     // The last component of |path|, trailing slashes ignored: "/a/b/" gives "b", "/" gives "/".
     static std::string lastPathComponent(const std::string& path);
+    // The folder that holds |path|'s last component: "/a/b/" gives "/a", "/a" and "/" give "/",
+    // a bare name gives ".".
+    static std::string folderOf(const std::string& path);
 
     // The lower-case scheme of "scheme:rest" (a letter, then letters, digits, "+", "-" or "."),
     // or empty when |text| has none.

@@ -61,16 +61,18 @@ TEST(PathTextTest, EscapesDecodeStrictly) {
     }
 }
 
-TEST(PathTextTest, TrailingSlashesAndTheLastComponent) {
+TEST(PathTextTest, TrailingSlashesTheLastComponentAndItsFolder) {
     // clang-format off
-    const struct { const char *path, *withoutTrailingSlashes, *last; } kCases[] = {
-        {"", "", ""}, {"/", "/", "/"}, {"///", "/", "/"}, {"/a/b//", "/a/b", "b"},
-        {"a/", "a", "a"}, {"//a", "//a", "a"}, {"a/.b", "a/.b", ".b"}};
+    const struct { const char *path, *withoutTrailingSlashes, *last, *folder; } kCases[] = {
+        {"", "", "", "."}, {"/", "/", "/", "/"}, {"///", "/", "/", "/"},
+        {"/a/b//", "/a/b", "b", "/a"}, {"/a", "/a", "a", "/"}, {"a/", "a", "a", "."},
+        {"//a", "//a", "a", "/"}, {"a/.b", "a/.b", ".b", "a"}};
     // clang-format on
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.path);
         EXPECT_EQ(c.withoutTrailingSlashes, PathText::withoutTrailingSlashes(c.path));
         EXPECT_EQ(c.last, PathText::lastPathComponent(c.path));
+        EXPECT_EQ(c.folder, PathText::folderOf(c.path));
     }
 }
 
