@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "platform/core/Log.h"
+#include "platform/core/PathRepair.h"
 #include "platform/core/Paths.h"
 
 namespace platform {
@@ -447,6 +448,8 @@ std::optional<std::string> FileManager::containerURLForSecurityApplicationGroupI
     }
     std::string container = Paths::xdgDirectory("XDG_DATA_HOME", ".local/share") +
                             "/group-containers/" + groupIdentifier;
+    // Anything but a folder where the group's folder belongs is kept aside (PathRepair).
+    PathRepair::makeRoomFor(PathRepair::Kind::Directory, container);
     std::string error;
     if (!Paths::makeDirectories(container, 0700, error)) {
         kLog.write("cannot create the container of group [" + groupIdentifier + "]: " + error);
