@@ -14,12 +14,17 @@ TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
     fs::resize_file(big, 157286400);
     EXPECT_EQ(share("--action send " + quoted(odd) + " " + quoted(big)), 0);
     ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
-    EXPECT_EQ(readLines(records())[1],
-              "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"sendToFriend\","
-              "\"paths\":[\"" +
-                  containerPath() +
-                  "/say \\\"hi\\\"\\tnow\\\\.txt\"],\"invalidNames\":[\"huge.iso\"],"
-                  "\"invalidSizes\":[\"150.0M\"]}");
+    const std::string name = "say \\\"hi\\\"\\tnow\\\\.txt", line = readLines(records())[1];
+    const std::string head =
+        "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"sendToFriend\","
+        "\"paths\":[\"" +
+        containerPath() + "/" + name +
+        "\"],\"invalidNames\":[\"huge.iso\"],\"invalidSizes\":[\"150.0M\"],\"received\":[\"" +
+        std::getenv("XDG_DATA_HOME") + "/parley-host/received/";
+    EXPECT_EQ(head, line.substr(0, head.size()));
+    // The host took the copy out of the container into a folder of its own.
+    EXPECT_EQ("/" + name + "\"]}", line.substr(line.rfind('/')));
+    EXPECT_EQ(fs::directory_iterator(containerPath()), fs::directory_iterator());
     EXPECT_EQ((std::vector<std::string>{"ParleyMacShareType", "ParleyMacShareEntry",
                                         "ParleyMacSharePathArray", "ParleyMacShareInvalidFileNames",
                                         "ParleyMacShareInvalidFileSizes"}),
