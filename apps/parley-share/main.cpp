@@ -38,6 +38,9 @@ constexpr int kExitCancelled = 2;
 constexpr std::chrono::hours kWaitSlice{1};
 // A picture of the sheet waits this long at most for the card's picture to settle.
 constexpr std::chrono::seconds kCardSettleTimeout{30};
+// Start-up's write of the share type ends within about 8 s (ShareViewController); this only
+// guards against a wait that never ends.
+constexpr std::chrono::seconds kShowTimeout{30};
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -114,6 +117,10 @@ int main(int argc, char** argv) {
     auto controller = ShareViewController::create();
     controller->setExtensionContext(context);
     const std::shared_ptr<platform::View> sheet = controller->view();
+    // The sheet shows once the share's type is in the store; another share's hand-off or a busy
+    // store is waited for on a worker while this loop runs.
+    if (!platform::EventLoop::runUntil([&] { return controller->readyToShow(); }, kShowTimeout))
+        std::fprintf(stderr, "parley-share: the share type was not written in time\n");
     platform::Window window(
         platform::NSMakeRect(0, 0, sheet->frame().size.width, sheet->frame().size.height),
         "Parley");
@@ -160,13 +167,17 @@ int main(int argc, char** argv) {
         // Only a picture was asked for: the request stays unanswered and nothing is handed over.
         return kExitCompleted;
     }
-    controller.reset();
     // The request has ended: the sheet goes away while the hand-off finishes.
     window.close();
 
-    // Copies run as long as they need: a large file on a slow disk is not cut short.
+    // Copies run as long as they need: a large file on a slow disk is not cut short. Every other
+    // wait of the hand-off is bounded (ShareViewController).
     while (!platform::EventLoop::runUntilIdle(kWaitSlice))
         continue;
+    if (controller->handoffFailed()) {
+        std::fprintf(stderr, "parley-share: the hand-off record could not be written\n");
+        return kExitFailed;
+    }
     switch (context->state()) {
         case platform::ExtensionContext::State::Completed:
             return kExitCompleted;
