@@ -81,12 +81,14 @@ void ShareViewController::writeShareTypeUnderShareLock() {
                            "); the type is written at the click.");
         }
         written->set_value();
-        // While the person looks at the sheet: a bus that stalls at the wake-up then still
-        // takes the notification into its queue.
-        if (self->m_shareType != ShareTypeUnknown)
+    });
+    // While the person looks at the sheet: a bus that stalls at the wake-up then still takes the
+    // notification into its queue.
+    if (m_shareType != ShareTypeUnknown)
+        platform::WorkerPool::shared().async([] {
             platform::DistributedNotificationCenter::defaultCenter().connect(
                 std::chrono::milliseconds(250));
-    });
+        });
 }
 
 void ShareViewController::buildSheet() {

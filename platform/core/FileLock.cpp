@@ -21,9 +21,10 @@ namespace {
 // A stray of another kind is set aside and the open tried once more.
 int openLockFile(const std::string& path, std::string& error) {
     for (int attempt = 0; attempt < 2; ++attempt) {
-        // Non-blocking: a FIFO there must not hold us up before it is seen for what it is.
+        // Read-only is enough for flock, and opens a lock file on a read-only mount. Non-blocking:
+        // a FIFO there must not hold us up before it is seen for what it is.
         const int fd =
-            ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+            ::open(path.c_str(), O_RDONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
         const int openError = fd < 0 ? errno : 0;
         struct stat st {};
         if (fd >= 0 && ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode))

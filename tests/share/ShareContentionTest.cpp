@@ -12,7 +12,8 @@
 
 using namespace share_test;
 
-// A running host in this process: counts notifications and reads the record at each.
+// A running host in this process that takes 200 ms to read the record at each notification
+// (a share keeps the record its own for longer than that).
 struct HostHere {
     HostHere() { EXPECT_TRUE(platform::RunningApplication::registerAsRunning(kHostId)); }
     std::vector<std::optional<PropertyValue>> read;  // type, entry, paths at the last one
@@ -22,11 +23,13 @@ struct HostHere {
         platform::DistributedNotificationCenter::defaultCenter().addObserverForName(
             "ParleyMacShare_Notification",
             [this] {
-                read = {ShareTest::stored("ParleyMacShareType"),
-                        ShareTest::stored("ParleyMacShareEntry"),
-                        ShareTest::stored("ParleyMacSharePathArray")};
-                readAt = Clock::now();
-                ++count;
+                platform::MainQueue::after(200000000, [this] {
+                    read = {ShareTest::stored("ParleyMacShareType"),
+                            ShareTest::stored("ParleyMacShareEntry"),
+                            ShareTest::stored("ParleyMacSharePathArray")};
+                    readAt = Clock::now();
+                    ++count;
+                });
             });
 };
 
@@ -49,29 +52,49 @@ TEST_F(ShareTest, ASheetOpenedWithinTheSendDelayWaitsForTheHostsRead) {
     EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
 }
 
-// Another writer holds the store's lock throughout: the sheet is built at once and shows after
-// the bounded wait; the click's write fails after its own, and the host is not woken.
+// Another writer holds the store's lock: the sheet is built at once and shows after the bounded
+// wait; held again when the link or the file arrives, it fails that write after its own wait,
+// with one error line, and the host is not woken.
 TEST_F(ShareTest, AStoreLockHeldElsewhereNeverFreezesTheSheetNorWakesTheHost) {
+    const std::string lockPath = platform::DefaultsSuite::pathForSuite(kGroup) + ".lock";
     std::string error;
-    const auto held = platform::FileLock::acquire(
-        platform::DefaultsSuite::pathForSuite(kGroup) + ".lock", std::chrono::seconds(0), error);
-    ASSERT_TRUE(held) << error;
-    context_ = std::make_shared<platform::ExtensionContext>(
-        Items{std::make_shared<ExtensionItem>(Providers{linkProvider("https://example.org/")})});
-    auto controller = ShareViewController::create<RecordingController>();
-    controller->setExtensionContext(context_);
-    const Clock::time_point start = Clock::now();
-    controller->view();
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
-    EXPECT_FALSE(controller->readyToShow());
-    ASSERT_TRUE(waitFor([&] { return controller->readyToShow(); }));
-    controller->onClickFavToParley();
-    runUntilIdle();
-    EXPECT_LT(Clock::now() - start, std::chrono::seconds(15));
-    EXPECT_TRUE(controller->handoffFailed());
-    EXPECT_EQ(0, controller->wakeupCount());
-    EXPECT_EQ(1u, countLine("[ShareViewController][error]: the hand-off record could not be "
-                            "written (ParleyMacShareEntry); Parley is not woken."));
+    auto held = platform::FileLock::acquire(lockPath, std::chrono::seconds(0), error);
+    const struct {
+        std::optional<platform::Url> item;
+        const char* type;
+        std::string failed;
+    } kCases[] = {{platform::Url::URLWithString("https://example.org/"), platform::kUTTypeURL,
+                   "ParleyMacShareUrl"},
+                  {platform::Url::fileURLWithPath(files_.writeText("photo.jpg", "j")),
+                   platform::kUTTypeFileURL, "the file lists"}};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.failed);
+        ASSERT_TRUE(held) << error;
+        GatedLoad load(c.item, c.type);
+        context_ = std::make_shared<platform::ExtensionContext>(
+            Items{std::make_shared<ExtensionItem>(Providers{load.provider()})});
+        auto controller = ShareViewController::create<RecordingController>();
+        controller->setExtensionContext(context_);
+        const Clock::time_point start = Clock::now();
+        controller->view();
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
+        EXPECT_FALSE(controller->readyToShow());
+        ASSERT_TRUE(waitFor([&] { return controller->readyToShow(); }));
+        held.reset();
+        resetLog();
+        controller->onClickFavToParley();
+        ASSERT_TRUE(
+            waitFor([&] { return countLine(readBackLine("favToParley", "ParleyMacShareEntry")); }));
+        held = platform::FileLock::acquire(lockPath, std::chrono::seconds(0), error);
+        load.release();
+        runUntilIdle();
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(15));
+        EXPECT_TRUE(controller->handoffFailed());
+        EXPECT_EQ(0, controller->wakeupCount());
+        EXPECT_EQ(1u, countLine("[ShareViewController][error]: the hand-off record could not be "
+                                "written (" +
+                                c.failed + "); Parley is not woken."));
+    }
 }
 
 // The bus stops (SIGSTOP) at the click, for a moment and then for good: the host is notified,
@@ -118,20 +141,18 @@ TEST_F(ShareTest, ASlowBusDelaysTheNotificationButNeverLosesIt) {
 // each share is read once and whole, and each photo the host takes is that share's own.
 TEST_F(ShareProgramsTest, ManySharesAtOnceAreEachReadOnceAndWhole) {
     startHost("");
-    std::string script = "s=0; ";
+    std::string script = "s=0; ", waits;
     for (int i = 0; i < 12; ++i) {
-        const std::string folder = files_.file(std::to_string(i));
-        fs::create_directories(folder);
+        const std::string n = std::to_string(i);
+        fs::create_directories(files_.file(n));
         const std::string what = i % 3
-                                     ? "--url https://example.org/" + std::to_string(i)
-                                     : quoted(files_.writeText(std::to_string(i) + "/IMG_0001.jpg",
-                                                               "photo " + std::to_string(i)));
-        script += shareCommand("--action " + std::string(i % 2 ? "send " : "fav ") + what) +
-                  " & p" + std::to_string(i) + "=$!; ";
+                                     ? "--url https://example.org/" + n
+                                     : quoted(files_.writeText(n + "/IMG_0001.jpg", "photo " + n));
+        script += shareCommand(std::string("--action ") + (i % 2 ? "send " : "fav ") + what) +
+                  " & p" + n + "=$!; ";
+        waits += "wait $p" + n + " || s=1; ";
     }
-    for (int i = 0; i < 12; ++i)
-        script += "wait $p" + std::to_string(i) + " || s=1; ";
-    ASSERT_EQ(0, run(script + "exit $s"));
+    ASSERT_EQ(0, run(script + waits + "exit $s"));
     ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 13; }));
     const std::vector<std::string> lines = readLines(records());
     for (int i = 0; i < 12; ++i) {
@@ -140,17 +161,15 @@ TEST_F(ShareProgramsTest, ManySharesAtOnceAreEachReadOnceAndWhole) {
         const std::string head = "{\"event\":\"notification\",\"type\":\"public." +
                                  std::string(i % 3 ? "url" : "file-url") + "\",\"entry\":\"" +
                                  (i % 2 ? "sendToFriend" : "favToParley") + "\",";
-        const std::string link = head + "\"url\":\"https://example.org/" + n + "\"}";
         const std::string photo = head + "\"paths\":[\"" + containerPath() +
                                   "/IMG_0001.jpg\"],\"invalidNames\":[],\"invalidSizes\":[],"
                                   "\"received\":[\"";
         // A photo's record names where the host put it; what lies there is that share's photo.
         EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(), [&](const std::string& l) {
-                      if (i % 3)
-                          return l == link;
-                      return l.rfind(photo, 0) == 0 &&
-                             readAll(l.substr(photo.size(), l.size() - photo.size() - 3)) ==
-                                 "photo " + n;
+                      return i % 3 ? l == head + "\"url\":\"https://example.org/" + n + "\"}"
+                                   : l.rfind(photo, 0) == 0 &&
+                                         readAll(l.substr(photo.size(), l.size() - photo.size() -
+                                                                            3)) == "photo " + n;
                   }));
     }
 }

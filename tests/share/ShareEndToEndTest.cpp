@@ -6,9 +6,14 @@
 using namespace share_test;
 
 // Files sent to a friend: the record lists the copies (names escaped) and the refused file with its
-// size text; the host exits after its one notification.
+// size text; the host takes the copies and exits after its one notification.
 TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
+    // A record naming a file outside the container: the host leaves it where it is.
+    const std::string outside = files_.writeText("private.txt", "p");
+    storeEarlierShare({{"ParleyMacShareType", std::string("public.file-url")},
+                       {"ParleyMacSharePathArray", StringArray{outside}}});
     startHost("--exit-after 1");
+    EXPECT_TRUE(fs::exists(outside));
     const std::string odd = files_.writeText("say \"hi\"\tnow\\.txt", "o");
     const std::string big = files_.writeText("huge.iso", "");
     fs::resize_file(big, 157286400);
