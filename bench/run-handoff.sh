@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the hand-off benchmark on a private session bus.
-#   bench/run-handoff.sh [build-dir] [large|small|link|all] [runs] [link-shares]
+#   bench/run-handoff.sh [build-dir] [large|small|link|overlap|all] [runs] [link-shares]
 # The extension's log lines go to build-dir/bench/handoff.log; the figures to stdout.
 set -euo pipefail
 build="${1:-build/default}"
