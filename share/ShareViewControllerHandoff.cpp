@@ -74,6 +74,7 @@ void ShareViewController::releaseShareLockAfter(std::chrono::milliseconds hold) 
         std::lock_guard<std::mutex> guard(shareLockMutex_);
         lock = std::move(shareLock_);
     }
+    // The delayed task holds the lock; it goes, and the lock with it, once the task has run.
     if (lock && hold.count() > 0)
         platform::MainQueue::after(std::chrono::nanoseconds(hold).count(), [lock] {});
 }

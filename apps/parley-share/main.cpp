@@ -174,10 +174,9 @@ int main(int argc, char** argv) {
     // wait of the hand-off is bounded (ShareViewController).
     while (!platform::EventLoop::runUntilIdle(kWaitSlice))
         continue;
-    if (controller->handoffFailed()) {
-        std::fprintf(stderr, "parley-share: the hand-off record could not be written\n");
+    // The controller has said why, once.
+    if (controller->handoffFailed())
         return kExitFailed;
-    }
     switch (context->state()) {
         case platform::ExtensionContext::State::Completed:
             return kExitCompleted;
