@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the hand-off benchmark on a private session bus.
-#   bench/run-handoff.sh [build-dir] [large|small|many|link|all] [runs] [link-shares]
+#   bench/run-handoff.sh [build-dir] [large|small|many|link|overlap|all] [runs] [link-shares]
 # The extension's log lines go to build-dir/bench/handoff.log; the figures to stdout. With many
 # (or all), parley-share itself then shares the 10,000 one-line files, exec to exit, beside cp of
 # the same files into an empty folder: wall time and peak RSS (target <= 64 MiB). The work folders

@@ -8,17 +8,22 @@ using controller_support::kLog;
 HandoffRecord::HandoffRecord(std::shared_ptr<platform::DefaultsSuite> store)
     : store_(std::move(store)) {}
 
-bool HandoffRecord::writeShareType(ShareType type) {
+void HandoffRecord::setShareType(ShareType type) {
     if (type == ShareTypeUrl)
         store_->setObject(std::string(handoff::kTypeUrl), handoff::kShareTypeKey);
     else if (type == ShareTypeFile)
         store_->setObject(std::string(handoff::kTypeFileUrl), handoff::kShareTypeKey);
+}
+
+bool HandoffRecord::writeShareType(ShareType type) {
+    setShareType(type);
     const bool flushed = store_->synchronize();
     logStoredValue(handoff::kShareTypeKey);
     return flushed;
 }
 
-bool HandoffRecord::writeShareEntry(ShareEntry entry) {
+bool HandoffRecord::writeShareEntry(ShareType type, ShareEntry entry) {
+    setShareType(type);
     if (entry == ShareEntrySendToFriend)
         store_->setObject(std::string(handoff::kEntrySendToFriend), handoff::kShareEntryKey);
     else if (entry == ShareEntryFavToParley)

@@ -25,9 +25,11 @@ class HandoffRecord {
     // The share type; an unknown one writes nothing, yet flushes and reads back (so the line
     // shows what an earlier share left).
     bool writeShareType(ShareType type);
-    // The action picked; none writes nothing. Not read back here: the controller starts the
-    // hand-off between this flush and the read-back (logShareEntry).
-    bool writeShareEntry(ShareEntry entry);
+    // The share type again (same key, same value: another sheet may have written its own since
+    // start-up), then the action picked, in one group; an unknown type or no action writes
+    // nothing for that key. Not read back here: the controller starts the hand-off between this
+    // flush and the read-back (logShareEntry).
+    bool writeShareEntry(ShareType type, ShareEntry entry);
     void logShareEntry() const;
     // The shared link's absolute string; nullopt removes the key.
     bool writeShareUrl(const std::optional<std::string>& url);
@@ -45,6 +47,8 @@ class HandoffRecord {
 
   private:
     void logStoredValue(const char* key) const;
+    // Sets the key of the share type, unflushed; an unknown type sets nothing.
+    void setShareType(ShareType type);
 
     std::shared_ptr<platform::DefaultsSuite> store_;
 };

@@ -3,9 +3,11 @@
 #include <variant>
 
 #include "platform/core/Bundle.h"
+#include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/Error.h"
 #include "platform/core/ItemProvider.h"
 #include "platform/core/MainQueue.h"
+#include "platform/core/WorkerPool.h"
 #include "share/ControllerSupport.h"
 #include "viewkit/ColorSExt.h"
 
@@ -51,6 +53,42 @@ void ShareViewController::loadView() {
     platform::ViewController::loadView();
     setup();
     buildSheet();
+    // After the sheet is built, so that its lines come first whatever the worker's pace.
+    writeShareTypeUnderShareLock();
+}
+
+bool ShareViewController::readyToShow() const {
+    return shareTypeWritten_.valid() &&
+           shareTypeWritten_.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+// Another share may be handing over: its host must read its type, not ours, so the type waits
+// for the share lock, on a worker, and the sheet shows when it is written. A wait that runs out
+// leaves the type to the click, which writes it again in any case.
+void ShareViewController::writeShareTypeUnderShareLock() {
+    auto written = std::make_shared<std::promise<void>>();
+    shareTypeWritten_ = written->get_future().share();
+    auto self = strongSelf();
+    platform::WorkerPool::shared().async([self, written] {
+        {
+            std::string error;
+            const std::unique_ptr<platform::FileLock> lock =
+                platform::FileLock::acquire(self->shareLockPath(), kShareLockWaitAtStartup, error);
+            if (lock)
+                self->handoffRecord_->writeShareType(self->m_shareType);
+            else
+                kLog.write("the share lock was not taken (" + error +
+                           "); the type is written at the click.");
+        }
+        written->set_value();
+    });
+    // While the person looks at the sheet: a bus that stalls at the wake-up then still takes the
+    // notification into its queue.
+    if (m_shareType != ShareTypeUnknown)
+        platform::WorkerPool::shared().async([] {
+            platform::DistributedNotificationCenter::defaultCenter().connect(
+                std::chrono::milliseconds(250));
+        });
 }
 
 void ShareViewController::buildSheet() {
@@ -110,8 +148,7 @@ void ShareViewController::setup() {
         kErrorLog.write("ShareType is unknown.");
         didFinishShare();
     }
-
-    handoffRecord_->writeShareType(m_shareType);
+    // The type is written once the sheet is built (writeShareTypeUnderShareLock).
 }
 
 void ShareViewController::cancel() {

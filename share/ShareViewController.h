@@ -1,14 +1,18 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <future>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <type_traits>
 
 #include "platform/core/DefaultsSuite.h"
 #include "platform/core/ExtensionItem.h"
+#include "platform/core/FileLock.h"
 #include "platform/core/Url.h"
 #include "platform/ui/ImageView.h"
 #include "platform/ui/TextField.h"
@@ -34,11 +38,19 @@ class FileExport;
 // from the start, so create() is the only way to make one (a subclass too:
 // ShareViewController::create<Subclass>(), its constructor taking the ConstructionKey).
 //
+// One share at a time per group, so that the host reads each record whole: a share takes the
+// group's share lock (the file "<group>.lock" beside the store) briefly at start-up to write its
+// type, and again at the click, holding it from the entry until its host has been woken and has
+// had time to read. What waits for that lock, for the store's lock or for the bus waits on a
+// worker thread, bounded (the constants below); the sheet is shown once start-up's write is done
+// (readyToShow). A record that could not be written is never followed by a wake-up: one error
+// line, and handoffFailed() is true.
+//
 // The definition is spread over files by concern: ShareViewController.cpp (start-up and
-// classification), ...Handoff.cpp (the actions and the link), ...FileExport.cpp (copies and
-// lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers, logo band,
-// action rows) and ...Card.cpp (the preview card). The record's keys, values and flushes are
-// HandoffRecord's.
+// classification), ...Handoff.cpp (the actions, the share lock and the link), ...FileExport.cpp
+// (copies and lists), ...Wakeup.cpp (notify or launch the host), ...Sheet.cpp (Cancel, dividers,
+// logo band, action rows) and ...Card.cpp (the preview card). The record's keys, values and
+// flushes are HandoffRecord's.
 class ShareViewController : public platform::ViewController {
   protected:
     // Only create() can make one; a subclass's constructor takes it and passes it on.
@@ -60,8 +72,11 @@ class ShareViewController : public platform::ViewController {
 
     // The interface the base view loading takes the root view from.
     std::string nibName() const override;
-    // Base view loading, setup, then the sheet.
+    // Base view loading, setup, the sheet, then start-up's write of the share type, on a worker.
     void loadView() override;
+    // True once start-up's write of the share type has ended (written, or given up after the
+    // waits below); the sheet is shown only then. Main thread.
+    bool readyToShow() const;
 
     // Identity, hand-off store and classification; called only from loadView.
     void setup();
@@ -75,9 +90,12 @@ class ShareViewController : public platform::ViewController {
     void onClickFavToParley();
     // Starts the hand-off of the shared data by share type; returns once the loads are started.
     void writeDataToSharedFolder();
-    // Notifies a running host or launches a stopped one. Runs on the thread that calls it.
+    // Notifies a running host or launches a stopped one; when the bus does not tell in time
+    // whether the host runs, notifies (never a second host). Runs on the thread that calls it.
     // Virtual so that tests can see when and on which thread the host is woken.
     virtual void wakeupParley();
+    // True once a group of the record could not be written (the host is then not woken).
+    bool handoffFailed() const { return handoffFailed_.load(); }
 
     // lstat size of |path| itself (a link as the link); -1 when it cannot be measured.
     static int64_t GetFileSize(const std::string& path);
@@ -93,6 +111,19 @@ class ShareViewController : public platform::ViewController {
     static constexpr int64_t kMaxFileSize = 104857600;
     // Delay before waking the host after files sent to a friend.
     static constexpr int64_t kSendToFriendWakeupDelayNanoseconds = 1000000000;
+
+    // How long start-up waits for another share's hand-off before the sheet shows without its
+    // type written (the click writes it), and how long the click waits, after the sheet has
+    // gone, before the share fails. The store's own lock adds up to 5 s to either.
+    static constexpr std::chrono::milliseconds kShareLockWaitAtStartup{3000};
+    static constexpr std::chrono::milliseconds kShareLockWaitAtClick{60000};
+    // How long the share lock is kept after the host was notified, or launched, for it to read.
+    static constexpr std::chrono::milliseconds kHostReadTime{500};
+    static constexpr std::chrono::milliseconds kLaunchedHostReadTime{2000};
+    // How long the wake-up waits for the bus to say whether the host runs, and then for it to
+    // take the notification.
+    static constexpr std::chrono::milliseconds kBusAnswerWait{5000};
+    static constexpr std::chrono::milliseconds kNotificationWait{3000};
 
     // Read access for the app and tests.
     const std::string& bundleId() const { return m_bundleId; }
@@ -192,6 +223,16 @@ class ShareViewController : public platform::ViewController {
 
     // Records |entry| and starts the hand-off; the body of both actions.
     void takeAction(ShareEntry entry);
+    // Start-up's write of the type under the share lock (worker), then an early bus connection.
+    void writeShareTypeUnderShareLock();
+    // The click's part on a worker: the share lock, the type again and the entry, then the data.
+    void handOver(ShareEntry entry);
+    std::string shareLockPath() const;
+    // Wakes the host, then keeps the share lock for the host's read.
+    void wakeHostThenRelease();
+    void releaseShareLockAfter(std::chrono::milliseconds hold);
+    // Ends a share whose record could not be written: one error line, no wake-up.
+    void failHandoff(const std::string& what);
     void writeUrlToSharedFolder();
     void writeFilesToSharedFolder();
     // |position| counts attachments from 1, to name one that delivered nothing.
@@ -214,6 +255,13 @@ class ShareViewController : public platform::ViewController {
     ShareType m_shareType = ShareTypeUnknown;
     // Set on the main thread by an action, read by the export's last completion.
     std::atomic<ShareEntry> m_shareEntry{ShareEntryNone};
+    // Ready once start-up's write of the type has ended. Main thread.
+    std::shared_future<void> shareTypeWritten_;
+    // The share lock, from the click until the host has had time to read.
+    std::mutex shareLockMutex_;
+    std::shared_ptr<platform::FileLock> shareLock_;
+    std::atomic<bool> hostLaunched_{false};
+    std::atomic<bool> handoffFailed_{false};
 
     std::shared_ptr<PLSOutlineButton> cancelBtn_;
     std::shared_ptr<PLSCustomDivider> bottomDivider_;

@@ -138,19 +138,22 @@ void ShareViewController::exportFile(const std::shared_ptr<FileExport>& fileExpo
 void ShareViewController::finishFileExport(const platform::StringArray& fileUrlArr,
                                            const platform::StringArray& invalidFileNameArr,
                                            const platform::StringArray& invalidFileSizeArr) {
-    handoffRecord_->writeFileLists(fileUrlArr, invalidFileNameArr, invalidFileSizeArr);
+    if (!handoffRecord_->writeFileLists(fileUrlArr, invalidFileNameArr, invalidFileSizeArr))
+        return failHandoff("the file lists");
 
     switch (m_shareEntry.load()) {
         case ShareEntryFavToParley:
-            wakeupParley();
+            wakeHostThenRelease();
             break;
         case ShareEntrySendToFriend: {
+            // The share lock stays through the delay: the record is read after it.
             auto self = strongSelf();
             platform::MainQueue::after(kSendToFriendWakeupDelayNanoseconds,
-                                       [self] { self->wakeupParley(); });
+                                       [self] { self->wakeHostThenRelease(); });
             break;
         }
         default:
+            releaseShareLockAfter(std::chrono::milliseconds(0));
             break;
     }
 }

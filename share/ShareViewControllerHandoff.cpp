@@ -6,9 +6,11 @@
 #include "share/ControllerSupport.h"
 #include "share/FileExport.h"
 
-// The hand-off: an action writes the entry and starts the link's or the files' delivery.
+// The hand-off: an action takes the share lock, writes the entry and starts the link's or the
+// files' delivery; the lock is kept until the host has had time to read the record.
 
 namespace {
+using controller_support::kErrorLog;
 using controller_support::kLog;
 }  // namespace
 
@@ -25,13 +27,63 @@ void ShareViewController::onClickFavToParley() {
 void ShareViewController::takeAction(ShareEntry entry) {
     platform::MainQueue::assertMainThread("ShareViewController action");
     view();  // the store and the item come from the view loading
-    handoffRecord_->writeShareEntry(entry);
     // Before the hand-off starts: the export's last completion reads it.
     m_shareEntry = entry;
+    auto self = strongSelf();
+    platform::WorkerPool::shared().async([self, entry, typeWritten = shareTypeWritten_] {
+        typeWritten.wait();  // start-up's write first; it is bounded
+        self->handOver(entry);
+    });
+    // The sheet goes at once: the waits for another share and for the store run on the worker,
+    // and the hand-off goes on in the loads' completions, which hold this controller.
+    didFinishShare();
+}
+
+// From the entry until the host has read, the record is this share's alone. The type is written
+// again before the entry: another sheet may have written its own since start-up.
+void ShareViewController::handOver(ShareEntry entry) {
+    std::string error;
+    std::shared_ptr<platform::FileLock> lock =
+        platform::FileLock::acquire(shareLockPath(), kShareLockWaitAtClick, error);
+    if (!lock)
+        return failHandoff("the share lock: " + error);
+    {
+        std::lock_guard<std::mutex> guard(shareLockMutex_);
+        shareLock_ = std::move(lock);
+    }
+    if (!handoffRecord_->writeShareEntry(m_shareType, entry))
+        return failHandoff("ParleyMacShareEntry");
     writeDataToSharedFolder();
     handoffRecord_->logShareEntry();
-    // The hand-off goes on in the loads' completions, which hold this controller.
-    didFinishShare();
+    if (m_shareType == ShareTypeUnknown)
+        releaseShareLockAfter(std::chrono::milliseconds(0));  // nothing more is handed over
+}
+
+std::string ShareViewController::shareLockPath() const {
+    return platform::DefaultsSuite::pathForSuite(m_shareFolderName, ".lock");
+}
+
+void ShareViewController::wakeHostThenRelease() {
+    wakeupParley();
+    releaseShareLockAfter(hostLaunched_ ? kLaunchedHostReadTime : kHostReadTime);
+}
+
+void ShareViewController::releaseShareLockAfter(std::chrono::milliseconds hold) {
+    std::shared_ptr<platform::FileLock> lock;
+    {
+        std::lock_guard<std::mutex> guard(shareLockMutex_);
+        lock = std::move(shareLock_);
+    }
+    // The delayed task holds the lock; it goes, and the lock with it, once the task has run.
+    if (lock && hold.count() > 0)
+        platform::MainQueue::after(std::chrono::nanoseconds(hold).count(), [lock] {});
+}
+
+void ShareViewController::failHandoff(const std::string& what) {
+    releaseShareLockAfter(std::chrono::milliseconds(0));
+    if (!handoffFailed_.exchange(true))
+        kErrorLog.write("the hand-off record could not be written (" + what +
+                        "); Parley is not woken.");
 }
 
 void ShareViewController::writeDataToSharedFolder() {
@@ -58,8 +110,9 @@ void ShareViewController::writeUrlToSharedFolder() {
             std::optional<std::string> url;
             if (item)
                 url = item->absoluteString();
-            self->handoffRecord_->writeShareUrl(url);
-            self->wakeupParley();
+            if (!self->handoffRecord_->writeShareUrl(url))
+                return self->failHandoff("ParleyMacShareUrl");
+            self->wakeHostThenRelease();
         });
 }
 

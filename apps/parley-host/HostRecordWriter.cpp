@@ -99,7 +99,8 @@ std::string HostRecordWriter::quote(const std::string& text) {
 }
 
 std::string HostRecordWriter::recordLine(const std::string& event,
-                                         const platform::DefaultsSuite& store) {
+                                         const platform::DefaultsSuite& store,
+                                         const std::vector<std::optional<std::string>>* received) {
     const auto type = store.objectForKey(handoff::kShareTypeKey);
     std::string line = "{\"event\":" + quote(event);
     line += ",\"type\":" + valueJson(type);
@@ -111,6 +112,12 @@ std::string HostRecordWriter::recordLine(const std::string& event,
                 valueJson(store.objectForKey(handoff::kShareInvalidFileNamesKey));
         line += ",\"invalidSizes\":" +
                 valueJson(store.objectForKey(handoff::kShareInvalidFileSizesKey));
+        if (received) {
+            line += ",\"received\":[";
+            for (size_t i = 0; i < received->size(); ++i)
+                line += (i > 0 ? "," : "") + ((*received)[i] ? quote(*(*received)[i]) : "null");
+            line += "]";
+        }
     } else {
         line += ",\"url\":" + valueJson(store.objectForKey(handoff::kShareUrlKey));
     }

@@ -1,6 +1,7 @@
 // parley-host: the reference host. It owns its bundle identifier on the session bus (so a share
 // finds it running), reads the hand-off record from the store it shares with the extension once
-// at start and at each "ParleyMacShare_Notification", and prints each record as one JSON line.
+// at start and at each "ParleyMacShare_Notification", takes the files a record lists out of the
+// group's container (ReceivedFiles), and prints each record as one JSON line.
 #include <sysexits.h>
 
 #include <chrono>
@@ -14,10 +15,12 @@
 #include <vector>
 
 #include "apps/parley-host/HostRecordWriter.h"
+#include "apps/parley-host/ReceivedFiles.h"
 #include "platform/core/Bundle.h"
 #include "platform/core/DefaultsSuite.h"
 #include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/EventLoop.h"
+#include "platform/core/FileManager.h"
 #include "platform/core/RunningApplication.h"
 #include "share/HandoffKeys.h"
 
@@ -31,7 +34,9 @@ const char* const kUsage =
     "Usage: parley-host [--once] [--exit-after N] [--record-file PATH] [--bundle PATH]\n"
     "\n"
     "The reference host: prints the hand-off record as one JSON line at start and at each\n"
-    "share notification.\n"
+    "share notification. The files a record lists are moved out of the group's container\n"
+    "into a folder of their own under $XDG_DATA_HOME/parley-host/received; the line's\n"
+    "\"received\" says where each went.\n"
     "\n"
     "  --once              print the record found at start and exit (a launched host)\n"
     "  --exit-after N      exit after N notifications\n"
@@ -89,6 +94,17 @@ HostOptions parseOptions(int argc, char** argv) {
     return options;
 }
 
+// The paths a file record lists; nullopt for any other record.
+std::optional<platform::StringArray> listedFiles(const platform::DefaultsSuite& store) {
+    const auto type = store.objectForKey(handoff::kShareTypeKey);
+    const auto* typeText = type ? std::get_if<std::string>(&*type) : nullptr;
+    if (!typeText || *typeText != handoff::kTypeFileUrl)
+        return std::nullopt;
+    const auto paths = store.objectForKey(handoff::kSharePathArrayKey);
+    const auto* array = paths ? std::get_if<platform::StringArray>(&*paths) : nullptr;
+    return array ? *array : platform::StringArray{};
+}
+
 std::string ownExecutablePath() {
     std::error_code error;
     const std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -133,10 +149,18 @@ int main(int argc, char** argv) {
     const std::string group = teamIdentifier + hostIdentifier;
 
     const HostRecordWriter writer(options.recordFile);
-    auto report = [&writer, &group](const char* event) {
+    const ReceivedFiles files(platform::FileManager::defaultManager()
+                                  .containerURLForSecurityApplicationGroupIdentifier(group)
+                                  .value_or(std::string()),
+                              ReceivedFiles::defaultInbox());
+    auto report = [&writer, &files, &group](const char* event) {
         // A fresh suite reads what the extension flushed last.
         const platform::DefaultsSuite store(group);
-        if (!writer.write(HostRecordWriter::recordLine(event, store)))
+        std::optional<std::vector<std::optional<std::string>>> received;
+        if (const auto listed = listedFiles(store))
+            received = files.take(*listed);
+        if (!writer.write(
+                HostRecordWriter::recordLine(event, store, received ? &*received : nullptr)))
             std::fprintf(stderr, "parley-host: cannot append to the record file\n");
     };
 

@@ -44,15 +44,37 @@ Operand fileURIOperand(const std::string& uri) {
     return {false, {}, "not a local file URI: \"" + uri + "\""};
 }
 
-// "parley-share:" followed by a percent-encoded absolute URL. A web page can open such links,
-// so they never name local files.
+// The host of an absolute "scheme://authority/..." URL: the authority without its user
+// information and port; empty when there is none.
+std::string hostOf(const std::string& url) {
+    const size_t start = url.find("://");
+    if (start == std::string::npos)
+        return {};
+    const size_t end = url.find_first_of("/?#", start + 3);
+    std::string authority = url.substr(start + 3, end == std::string::npos ? end : end - start - 3);
+    if (const size_t at = authority.rfind('@'); at != std::string::npos)
+        authority.erase(0, at + 1);
+    const size_t colon = authority.rfind(':');
+    if (colon != std::string::npos && authority.find(']', colon) == std::string::npos)
+        authority.erase(colon);
+    return authority;
+}
+
+// "parley-share:" followed by a percent-encoded web link. Any web page can open such links, so
+// only an absolute http or https URL with a host gets through: never a local file, a script
+// (javascript:, vbscript:), a network share, or another parley-share: link.
 Operand linkOperand(const std::string& uri) {
     const std::optional<std::string> link =
         platform::PathText::percentDecoded(uri.substr(std::string("parley-share:").size()));
-    const std::optional<platform::Url> url =
-        link ? platform::Url::URLWithString(*link) : std::nullopt;
-    if (!url || url->isFileURL())
+    if (!link || !platform::Url::URLWithString(*link))
         return {true, {}, "not an encoded web link: \"" + uri + "\""};
+    const std::string scheme = platform::PathText::schemeOf(*link);
+    if (scheme != "http" && scheme != "https")
+        return {true,
+                {},
+                "only http and https links can be shared, not " + scheme + ": in \"" + uri + "\""};
+    if (hostOf(*link).empty())
+        return {true, {}, "a web link without a host: \"" + uri + "\""};
     return {true, *link, {}};
 }
 
@@ -80,7 +102,8 @@ std::string ShareCommandLine::usage() {
            "\n"
            "  --url URL          share a web link (an absolute URL with a scheme); a\n"
            "                     file:// URI shares that file, as FILE does\n"
-           "  parley-share:LINK  share the percent-encoded web link LINK (from a browser)\n"
+           "  parley-share:LINK  share the percent-encoded web link LINK (from a browser):\n"
+           "                     an http or https URL with a host\n"
            "  FILE...            share files or folders, as paths or file:// URIs (use --\n"
            "                     before names starting with - or looking like a URI)\n"
            "  --action TARGET    click TARGET instead of waiting for the person:\n"

@@ -45,6 +45,9 @@ constexpr std::chrono::seconds kCardSettleTimeout{30};
 constexpr std::chrono::milliseconds kGatherWindow{400};
 // How far a sheet too late to join moves from the one already shown, right and down.
 constexpr double kLatecomerOffset = 24;
+// Start-up's write of the share type ends within about 8 s (ShareViewController); this only
+// guards against a wait that never ends.
+constexpr std::chrono::seconds kShowTimeout{30};
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -72,6 +75,23 @@ std::shared_ptr<platform::ExtensionItem> makeItem(const ShareCommandLine& line,
                 platform::Url::fileURLWithPath(absoluteFilePath(file))));
     }
     return std::make_shared<platform::ExtensionItem>(std::move(attachments));
+}
+
+// The status a finished request exits with; a failed hand-off has been reported by the
+// controller, once.
+int exitStatus(const ShareViewController& controller, const platform::ExtensionContext& context) {
+    if (controller.handoffFailed())
+        return kExitFailed;
+    switch (context.state()) {
+        case platform::ExtensionContext::State::Completed:
+            return kExitCompleted;
+        case platform::ExtensionContext::State::Cancelled:
+            return kExitCancelled;
+        case platform::ExtensionContext::State::Pending:
+            break;
+    }
+    std::fprintf(stderr, "parley-share: the request was neither completed nor cancelled\n");
+    return kExitFailed;
 }
 
 }  // namespace
@@ -136,6 +156,10 @@ int main(int argc, char** argv) {
     auto controller = ShareViewController::create();
     controller->setExtensionContext(context);
     const std::shared_ptr<platform::View> sheet = controller->view();
+    // The sheet shows once the share's type is in the store; another share's hand-off or a busy
+    // store is waited for on a worker while this loop runs.
+    if (!platform::EventLoop::runUntil([&] { return controller->readyToShow(); }, kShowTimeout))
+        std::fprintf(stderr, "parley-share: the share type was not written in time\n");
     platform::Window window(
         platform::NSMakeRect(0, 0, sheet->frame().size.width, sheet->frame().size.height),
         "Parley");
@@ -185,26 +209,15 @@ int main(int argc, char** argv) {
         // Only a picture was asked for: the request stays unanswered and nothing is handed over.
         return kExitCompleted;
     }
-    controller.reset();
     // The request has ended: the sheet goes away while the hand-off finishes.
     window.close();
 
     // Copies run as long as they need: a large file on a slow disk is not cut short. One whose
-    // source stopped delivering was given up and no longer counts.
+    // source stopped delivering was given up and no longer counts; every other wait of the
+    // hand-off is bounded (ShareViewController).
     while (!platform::EventLoop::runUntilIdle(kWaitSlice))
         continue;
-    int status = kExitFailed;
-    switch (context->state()) {
-        case platform::ExtensionContext::State::Completed:
-            status = kExitCompleted;
-            break;
-        case platform::ExtensionContext::State::Cancelled:
-            status = kExitCancelled;
-            break;
-        case platform::ExtensionContext::State::Pending:
-            std::fprintf(stderr, "parley-share: the request was neither completed nor cancelled\n");
-            break;
-    }
+    const int status = exitStatus(*controller, *context);
     if (platform::WorkerPool::shared().hasAbandonedTasks()) {
         // A thread is still blocked in a read that may never return (a dead mount), holding
         // objects that the normal exit would destroy under it; nothing is left to do, so the

@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,9 +11,10 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <thread>
 
+#include "platform/core/FileLock.h"
 #include "platform/core/Log.h"
+#include "platform/core/PathRepair.h"
 #include "platform/core/Paths.h"
 #include "platform/core/ProcessStatus.h"
 #include "platform/core/PropertyListCodec.h"
@@ -50,46 +50,6 @@ std::string fileNameForSuite(const std::string& suiteName) {
 std::string folder() {
     return Paths::xdgDirectory("XDG_CONFIG_HOME", ".config") + "/group-containers";
 }
-
-// Holds an exclusive flock on "<file>.lock" for its lifetime.
-// Not QLockFile: its lock is a file that outlives a killed holder, judged stale by PID and age,
-// and a waiter polls it about every 100 ms (tried: a lock released after 20 ms was taken at
-// 130-180 ms). The kernel drops an flock the moment its holder dies; a waiter here polls at 2 ms.
-class FileLock {
-  public:
-    explicit FileLock(const std::string& lockPath) {
-        fd_ = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
-        if (fd_ < 0) {
-            error_ = lockPath + ": " + std::strerror(errno);
-            return;
-        }
-        auto deadline = std::chrono::steady_clock::now() + kLockWait;
-        while (::flock(fd_, LOCK_EX | LOCK_NB) != 0) {
-            if ((errno != EWOULDBLOCK && errno != EINTR) ||
-                std::chrono::steady_clock::now() >= deadline) {
-                error_ = lockPath + ": " +
-                         (errno == EWOULDBLOCK ? std::string("held too long by another writer")
-                                               : std::string(std::strerror(errno)));
-                ::close(fd_);
-                fd_ = -1;
-                return;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-    }
-    ~FileLock() {
-        if (fd_ >= 0)
-            ::close(fd_);  // closing releases the flock
-    }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    bool locked() const { return fd_ >= 0; }
-    const std::string& error() const { return error_; }
-
-  private:
-    int fd_ = -1;
-    std::string error_;
-};
 
 bool writeAll(int fd, const std::string& bytes) {
     size_t done = 0;
@@ -144,8 +104,9 @@ bool replaceFileAtomically(const std::string& path, const std::string& bytes, st
 
 }  // namespace
 
-std::string DefaultsSuite::pathForSuite(const std::string& suiteName) {
-    return folder() + "/" + fileNameForSuite(suiteName) + ".plist";
+std::string DefaultsSuite::pathForSuite(const std::string& suiteName,
+                                        const std::string& extension) {
+    return folder() + "/" + fileNameForSuite(suiteName) + extension;
 }
 
 DefaultsSuite::FileStamp DefaultsSuite::stampOf(const std::string& path) {
@@ -154,6 +115,7 @@ DefaultsSuite::FileStamp DefaultsSuite::stampOf(const std::string& path) {
     if (::lstat(path.c_str(), &st) != 0)
         return stamp;
     stamp.exists = true;
+    stamp.regular = S_ISREG(st.st_mode);
     stamp.device = st.st_dev;
     stamp.inode = st.st_ino;
     stamp.size = static_cast<unsigned long long>(st.st_size);
@@ -179,6 +141,9 @@ struct DefaultsSuite::FileContents {
 
 DefaultsSuite::FileContents DefaultsSuite::readFileLocked(const FileStamp& stamp) const {
     FileContents contents;
+    // Another kind of entry in the file's place is set aside, and told of, by the next flush.
+    if (stamp.exists && !stamp.regular)
+        return contents;
     std::string bytes, reason;
     std::vector<std::string> dropped;
     switch (PropertyListCodec::readFile(path_, bytes, reason)) {
@@ -276,13 +241,14 @@ bool DefaultsSuite::synchronize() {
         kLog.write("cannot create the folder for suite [" + suiteName_ + "]: " + error);
         return false;
     }
-    FileLock fileLock(path_ + ".lock");
-    if (!fileLock.locked()) {
-        kLog.write("cannot lock suite [" + suiteName_ + "]: " + fileLock.error());
+    const std::unique_ptr<FileLock> fileLock = FileLock::acquire(path_ + ".lock", kLockWait, error);
+    if (!fileLock) {
+        kLog.write("cannot lock suite [" + suiteName_ + "]: " + error);
         return false;
     }
 
     removeTemporariesOfGoneWriters();
+    PathRepair::makeRoomFor(PathRepair::Kind::RegularFile, path_);
 
     // Start from what is on disk now, so other processes' keys survive our write.
     const FileStamp onDisk = stampOf(path_);

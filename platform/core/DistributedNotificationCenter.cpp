@@ -5,6 +5,7 @@
 #include <QDBusMessage>
 #include <QObject>
 #include <QThread>
+#include <algorithm>
 
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
@@ -21,10 +22,11 @@ const char* const kInterface = "org.parleyapp.DistributedNotification";
 
 // A bus round trip: messages on one connection are ordered, so once the bus has answered, what
 // was sent before has reached it.
-bool roundTrip(const QDBusConnection& bus) {
+bool roundTrip(const QDBusConnection& bus,
+               std::chrono::milliseconds timeout = SessionBus::kTimeout) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId");
-    return bus.call(call, QDBus::Block, SessionBus::kTimeoutMilliseconds).type() ==
+    return bus.call(call, QDBus::Block, static_cast<int>(timeout.count())).type() ==
            QDBusMessage::ReplyMessage;
 }
 
@@ -76,12 +78,14 @@ DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
 bool DistributedNotificationCenter::postNotificationName(const std::string& name,
                                                          const std::string* /*object*/,
                                                          const void* /*userInfo*/,
-                                                         bool /*deliverImmediately*/) {
+                                                         bool /*deliverImmediately*/,
+                                                         std::chrono::milliseconds timeout) {
     if (!SessionBus::isValidMemberName(name)) {
         kLog.write("[" + name + "] is not a valid notification name; not posted.");
         return false;
     }
-    auto bus = SessionBus::connection("posting [" + name + "]");
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    auto bus = SessionBus::connection("posting [" + name + "]", timeout);
     if (!bus)
         return false;
     QDBusMessage signal =
@@ -92,9 +96,15 @@ bool DistributedNotificationCenter::postNotificationName(const std::string& name
     }
     // Delivered immediately: do not return while the signal may still sit in our queue (the
     // caller may exit right after).
-    if (!roundTrip(*bus))
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (!roundTrip(*bus, std::max(left, std::chrono::milliseconds(1))))
         kLog.write("[" + name + "] queued, but the bus did not confirm in time.");
     return true;
+}
+
+bool DistributedNotificationCenter::connect(std::chrono::milliseconds timeout) {
+    return SessionBus::connection("notifications", timeout).has_value();
 }
 
 std::unique_ptr<DistributedNotificationCenter::Observer>

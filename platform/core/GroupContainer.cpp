@@ -4,6 +4,7 @@
 
 #include "platform/core/CopyStaging.h"
 #include "platform/core/Log.h"
+#include "platform/core/PathRepair.h"
 #include "platform/core/Paths.h"
 
 namespace platform {
@@ -22,6 +23,8 @@ std::optional<std::string> GroupContainer::pathFor(const std::string& groupIdent
     struct stat st {};
     if (::stat(container.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
         return container;
+    // Anything but a folder where the group's folder belongs is kept aside, and a folder made.
+    PathRepair::makeRoomFor(PathRepair::Kind::Directory, container);
     std::string error;
     if (!Paths::makeDirectories(container, 0700, error)) {
         kLog.write("cannot create the container of group [" + groupIdentifier + "]: " + error);

@@ -2,6 +2,7 @@
 
 #include <QDBusMessage>
 #include <QVariant>
+#include <algorithm>
 
 #include "platform/core/Log.h"
 #include "platform/core/SessionBus.h"
@@ -21,22 +22,31 @@ QDBusMessage busDriverCall(const char* method) {
 
 std::vector<RunningApplication> RunningApplication::runningApplicationsWithBundleIdentifier(
     const std::string& bundleIdentifier) {
+    if (presenceOf(bundleIdentifier, SessionBus::kTimeout) != Presence::Running)
+        return {};
+    return {RunningApplication(bundleIdentifier)};
+}
+
+RunningApplication::Presence RunningApplication::presenceOf(const std::string& bundleIdentifier,
+                                                            std::chrono::milliseconds timeout) {
     if (!SessionBus::isValidBusName(bundleIdentifier))
-        return {};
-    auto bus = SessionBus::connection("finding [" + bundleIdentifier + "]");
+        return Presence::NotRunning;
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    auto bus = SessionBus::connection("finding [" + bundleIdentifier + "]", timeout);
     if (!bus)
-        return {};
+        return Presence::NoAnswer;
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     QDBusMessage call = busDriverCall("NameHasOwner");
     call << QString::fromStdString(bundleIdentifier);
-    QDBusMessage reply = bus->call(call, QDBus::Block, SessionBus::kTimeoutMilliseconds);
+    QDBusMessage reply =
+        bus->call(call, QDBus::Block, static_cast<int>(std::max<long long>(1, left.count())));
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         kLog.write("cannot ask the bus for [" + bundleIdentifier +
                    "]: " + reply.errorMessage().toStdString());
-        return {};
+        return Presence::NoAnswer;
     }
-    if (!reply.arguments().first().toBool())
-        return {};
-    return {RunningApplication(bundleIdentifier)};
+    return reply.arguments().first().toBool() ? Presence::Running : Presence::NotRunning;
 }
 
 bool RunningApplication::registerAsRunning(const std::string& bundleIdentifier) {

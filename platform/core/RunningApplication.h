@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,16 @@ class RunningApplication {
         : bundleIdentifier_(std::move(bundleIdentifier)) {}
 
     // runningApplicationsWithBundleIdentifier: empty when no one owns the name, when the name is
-    // not a valid bus name, and (logged) when the bus is absent or does not answer in time.
+    // not a valid bus name, and (logged) when the bus is absent or does not answer in 250 ms.
     static std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
         const std::string& bundleIdentifier);
+
+    // The same question, telling "no" from "no answer": NotRunning when the bus says no one owns
+    // the name (or it is not a valid bus name), NoAnswer (logged) when no bus answered within
+    // |timeout|, connecting included.
+    enum class Presence { Running, NotRunning, NoAnswer };
+    static Presence presenceOf(const std::string& bundleIdentifier,
+                               std::chrono::milliseconds timeout);
 
     const std::string& bundleIdentifier() const { return bundleIdentifier_; }
 

@@ -38,6 +38,7 @@ struct Cache {
     std::optional<QDBusConnection> connection;
     std::string connectionName;
     Clock::time_point failedAt{};
+    std::chrono::milliseconds failedTimeout{0};
     bool failed = false;
 };
 
@@ -275,7 +276,8 @@ bool probe(const Endpoint& endpoint, Clock::time_point deadline, std::string& re
 
 }  // namespace
 
-std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose) {
+std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose,
+                                                      std::chrono::milliseconds timeout) {
     Cache& c = cache();
     std::lock_guard<std::mutex> lock(c.mutex);
     std::string address = sessionBusAddress();
@@ -286,7 +288,7 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
     if (c.address == address) {
         if (c.connection && c.connection->isConnected())
             return c.connection;
-        if (c.failed && Clock::now() - c.failedAt < kFailureMemory) {
+        if (c.failed && Clock::now() - c.failedAt < kFailureMemory && timeout <= c.failedTimeout) {
             kLog.write("session bus unreachable for " + purpose + ".");
             return std::nullopt;
         }
@@ -299,12 +301,13 @@ std::optional<QDBusConnection> SessionBus::connection(const std::string& purpose
     c.address = address;
     c.failed = true;
     c.failedAt = Clock::now();
+    c.failedTimeout = timeout;
 
     if (!QCoreApplication::instance()) {
         kLog.write("no application object; the bus is not used for " + purpose + ".");
         return std::nullopt;
     }
-    auto deadline = Clock::now() + std::chrono::milliseconds(kTimeoutMilliseconds);
+    auto deadline = Clock::now() + timeout;
     std::string reason = "no usable unix socket in the address";
     const Endpoint* alive = nullptr;
     auto endpoints = endpointsOf(address);

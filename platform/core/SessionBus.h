@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -15,11 +16,15 @@ namespace platform {
 // per bus address and re-made when it drops. Thread-safe.
 class SessionBus {
   public:
-    // Every bus call is given this timeout, and the probe is bounded by it.
+    // Every bus call is given this timeout unless its caller names another, and so is the probe.
     static constexpr int kTimeoutMilliseconds = 250;
+    static constexpr std::chrono::milliseconds kTimeout{kTimeoutMilliseconds};
 
-    // The connection, or nullopt (logged, mentioning |purpose|) when no bus answers in time.
-    static std::optional<QDBusConnection> connection(const std::string& purpose);
+    // The connection, or nullopt (logged, mentioning |purpose|) when no bus answers within
+    // |timeout|. After a failed probe the address is not probed again for a second by callers
+    // that would not wait longer than that probe did.
+    static std::optional<QDBusConnection> connection(const std::string& purpose,
+                                                     std::chrono::milliseconds timeout = kTimeout);
 
     // D-Bus naming rules.
     static bool isValidMemberName(const std::string& name);

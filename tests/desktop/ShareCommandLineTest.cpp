@@ -55,8 +55,6 @@ TEST(ShareCommandLineTest, OperandsAndLinks) {
          "not an encoded web link: \"parley-share:not%20a%20link\""},
         {{"parley-share:https%3A%2F%2Fa.org%2"},
          "not an encoded web link: \"parley-share:https%3A%2F%2Fa.org%2\""},
-        {{"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd"},
-         "not an encoded web link: \"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd\""},
         {{"--url", "https://a.org/", "/tmp/x"}, "share either a link or files, not both"},
         {{"--url", "https://a.org/", "parley-share:https%3A%2F%2Fb.org%2F"}, "a link given twice"},
         {{"--url", "file:///a", "--url", "file:///b"}, "--url given twice"},
@@ -65,5 +63,30 @@ TEST(ShareCommandLineTest, OperandsAndLinks) {
     for (const auto& c : kRefused) {
         SCOPED_TRACE(testing::PrintToString(c.arguments));
         EXPECT_EQ(c.error, ShareCommandLine::parse(c.arguments).error());
+    }
+}
+
+// Any web page can open a parley-share: link: only an http or https URL with a host gets through.
+TEST(ShareCommandLineTest, TheSchemeHandlerTakesOnlyWebLinks) {
+    const std::string only = "only http and https links can be shared, not ";
+    // clang-format off
+    const struct { std::string link, url, error; } kCases[] = {
+        {"parley-share:HTTP%3A%2F%2Fme%40a.org%3A8080%2Fx", "HTTP://me@a.org:8080/x", ""},
+        {"parley-share:http%3A%2F%2F%5B%3A%3A1%5D%2F", "http://[::1]/", ""},
+        {"parley-share:javascript%3Aalert(1)", "", only + "javascript: in "},
+        {"parley-share:vbscript%3Amsgbox", "", only + "vbscript: in "},
+        {"parley-share:smb%3A%2F%2Fnas%2Fhome", "", only + "smb: in "},
+        {"parley-share:ftp%3A%2F%2Fa.org%2Ff", "", only + "ftp: in "},
+        {"parley-share:file%3A%2F%2F%2Fetc%2Fpasswd", "", only + "file: in "},
+        {"parley-share:parley-share%3Ahttps%253A%252F%252Fa.org%252F", "", only + "parley-share: in "},
+        {"parley-share:https%3A%2F%2F%2Fetc", "", "a web link without a host: "},
+        {"parley-share:https%3A%2F%2Fme%40%3A80%2F", "", "a web link without a host: "},
+        {"parley-share:https%3Aa.org", "", "a web link without a host: "}};
+    // clang-format on
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.link);
+        const ShareCommandLine line = ShareCommandLine::parse({c.link});
+        EXPECT_EQ(c.error.empty() ? "" : c.error + "\"" + c.link + "\"", line.error());
+        EXPECT_EQ(c.url.empty() ? std::nullopt : std::optional(c.url), line.url());
     }
 }

@@ -6,20 +6,30 @@
 using namespace share_test;
 
 // Files sent to a friend: the record lists the copies (names escaped) and the refused file with its
-// size text; the host exits after its one notification.
+// size text; the host takes the copies and exits after its one notification.
 TEST_F(ShareProgramsTest, RunningHostPrintsTheFileRecordWithEscapedNames) {
+    // A record naming a file outside the container: the host leaves it where it is.
+    const std::string outside = files_.writeText("private.txt", "p");
+    storeEarlierShare({{"ParleyMacShareType", std::string("public.file-url")},
+                       {"ParleyMacSharePathArray", StringArray{outside}}});
     startHost("--exit-after 1");
+    EXPECT_TRUE(fs::exists(outside));
     const std::string odd = files_.writeText("say \"hi\"\tnow\\.txt", "o");
     const std::string big = files_.writeText("huge.iso", "");
     fs::resize_file(big, 157286400);
     EXPECT_EQ(share("--action send " + quoted(odd) + " " + quoted(big)), 0);
     ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
-    EXPECT_EQ(readLines(records())[1],
-              "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"sendToFriend\","
-              "\"paths\":[\"" +
-                  containerPath() +
-                  "/say \\\"hi\\\"\\tnow\\\\.txt\"],\"invalidNames\":[\"huge.iso\"],"
-                  "\"invalidSizes\":[\"150.0M\"]}");
+    const std::string name = "say \\\"hi\\\"\\tnow\\\\.txt", line = readLines(records())[1];
+    const std::string head =
+        "{\"event\":\"notification\",\"type\":\"public.file-url\",\"entry\":\"sendToFriend\","
+        "\"paths\":[\"" +
+        containerPath() + "/" + name +
+        "\"],\"invalidNames\":[\"huge.iso\"],\"invalidSizes\":[\"150.0M\"],\"received\":[\"" +
+        std::getenv("XDG_DATA_HOME") + "/parley-host/received/";
+    EXPECT_EQ(head, line.substr(0, head.size()));
+    // The host took the copy out of the container into a folder of its own.
+    EXPECT_EQ("/" + name + "\"]}", line.substr(line.rfind('/')));
+    EXPECT_EQ(fs::directory_iterator(containerPath()), fs::directory_iterator());
     EXPECT_EQ((std::vector<std::string>{"ParleyMacShareType", "ParleyMacShareEntry",
                                         "ParleyMacSharePathArray", "ParleyMacShareInvalidFileNames",
                                         "ParleyMacShareInvalidFileSizes"}),

@@ -67,22 +67,35 @@ TEST_F(ShareFaultTest, NoSpaceLeavesNoPartialFileAndAWholeRecord) {
               (std::set<std::string>{c + "/big.bin", c + "/small.txt"}));
 }
 
-// A store folder that cannot be written: the share ends, the earlier record stays whole.
-TEST_F(ShareFaultTest, ReadOnlyStoreFolderKeepsTheEarlierRecordWhole) {
+// A store folder that cannot be written: the share exits 1 with one error line and never wakes
+// the running host (the next share's record is its next line); the earlier record stays whole.
+TEST_F(ShareFaultTest, ReadOnlyStoreFolderFailsTheShareWithoutWakingTheHost) {
     storeEarlierShare({{"ParleyMacShareType", std::string("public.url")},
                        {"ParleyMacShareUrl", std::string("https://earlier/")}});
+    startHost("");
     const std::string folder = std::string(std::getenv("XDG_CONFIG_HOME")) + "/group-containers";
+    std::ofstream(folder + "/" + kGroup + ".lock");  // the share lock, left by earlier shares
     const std::string command = shareCommand("--action fav --url https://later/");
-    EXPECT_EQ(
-        canMount()
-            ? run("unshare -m sh -c " +
-                  quoted("mount --bind " + quoted(folder) + " " + quoted(folder) +
-                         " && mount -o remount,bind,ro " + quoted(folder) + " && " + command))
-            : run("chmod 500 " + quoted(folder) + "; " + command + "; chmod 700 " + quoted(folder)),
-        0);
-    EXPECT_NE(shareErrors().find("cannot"), std::string::npos);
+    EXPECT_EQ(canMount()
+                  ? run("unshare -m sh -c " +
+                        quoted("mount --bind " + quoted(folder) + " " + quoted(folder) +
+                               " && mount -o remount,bind,ro " + quoted(folder) + " && " + command))
+                  : run("chmod 500 " + quoted(folder) + "; " + command + "; s=$?; chmod 700 " +
+                        quoted(folder) + "; exit $s"),
+              1);
+    const std::string errors = shareErrors(), error = "[ShareViewController][error]: ";
+    EXPECT_EQ(errors.find(error), errors.rfind(error));
+    EXPECT_NE(errors.find(error + "the hand-off record could not be written (ParleyMacShareEntry); "
+                                  "Parley is not woken."),
+              std::string::npos);
     EXPECT_EQ(stored("ParleyMacShareUrl"), PropertyValue("https://earlier/"));
     EXPECT_EQ(stored("ParleyMacShareType"), PropertyValue("public.url"));
+    EXPECT_EQ(share("--action fav --url https://next/"), 0);
+    ASSERT_TRUE(waitFor([&] { return readLines(records()).size() >= 2; }));
+    EXPECT_EQ(
+        "{\"event\":\"notification\",\"type\":\"public.url\",\"entry\":\"favToParley\","
+        "\"url\":\"https://next/\"}",
+        readLines(records())[1]);
 }
 
 // Hosts killed while they read the record at a notification leave it readable and whole. Each

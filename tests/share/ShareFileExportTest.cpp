@@ -56,6 +56,8 @@ TEST_F(ShareTest, FilesAddedToFavouritesAreCopiedListedInCompletionOrderAndWakeO
 
     auto controller = startShare({exactLoad.provider(), smallLoad.provider(), bigLoad.provider()});
     controller->onClickFavToParley();
+    ASSERT_TRUE(
+        waitFor([&] { return countLine(readBackLine("favToParley", "ParleyMacShareEntry")); }));
     const std::string c = containerPath();
     // Each completion ends with the count line: 1, 1 again (the refused file), then 2.
     for (const auto& [load, count, times] :
@@ -69,8 +71,8 @@ TEST_F(ShareTest, FilesAddedToFavouritesAreCopiedListedInCompletionOrderAndWakeO
     EXPECT_EQ(shareLines(), (std::vector<std::string>{
                                 line("bundleId[" + kHostId + "]"),
                                 line("teamIdentifier[" + kTeamId + "]"),
-                                readBackLine("public.file-url", "ParleyMacShareType"),
                                 line("layoutContent invoked."),
+                                readBackLine("public.file-url", "ParleyMacShareType"),
                                 line("onClickFavToParley invoked."),
                                 line("item.attachments count[3]."),
                                 readBackLine("favToParley", "ParleyMacShareEntry"),

@@ -24,6 +24,8 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
     auto controller = startShare({load.provider()});
     controller->onClickFavToParley();
     EXPECT_EQ(context_->state(), State::Completed);
+    ASSERT_TRUE(
+        waitFor([&] { return countLine(readBackLine("favToParley", "ParleyMacShareEntry")); }));
     EXPECT_EQ(stored("ParleyMacShareEntry"), PropertyValue("favToParley"));
     EXPECT_EQ(controller->wakeupCount(), 0);
     load.release();
@@ -33,8 +35,8 @@ TEST_F(ShareTest, LinkAddedToFavouritesWakesARunningHostOnceAfterTheUrlIsFlushed
     EXPECT_EQ(shareLines(), (std::vector<std::string>{
                                 line("bundleId[" + kHostId + "]"),
                                 line("teamIdentifier[" + kTeamId + "]"),
-                                readBackLine("public.url", "ParleyMacShareType"),
                                 line("layoutContent invoked."),
+                                readBackLine("public.url", "ParleyMacShareType"),
                                 line("onClickFavToParley invoked."),
                                 readBackLine("favToParley", "ParleyMacShareEntry"),
                                 readBackLine(url, "ParleyMacShareUrl"),
@@ -96,9 +98,9 @@ TEST_F(ShareTest, UnknownTypesCompleteAtOnceAndHandNothingOver) {
                                     line("bundleId[" + kHostId + "]"),
                                     line("teamIdentifier[" + kTeamId + "]"),
                                     "[ShareViewController][error]: ShareType is unknown.",
-                                    readBackLine("public.url", "ParleyMacShareType"),
                                     line("layoutContent invoked."),
                                     "[ShareViewController][error]: ShareType is unknown.",
+                                    readBackLine("public.url", "ParleyMacShareType"),
                                 }));
         controller->onClickFavToParley();
         runUntilIdle();

@@ -147,6 +147,7 @@ class ShareTest : public ::testing::Test {
         auto controller = ShareViewController::create<RecordingController>();
         controller->setExtensionContext(context_);
         controller->view();
+        EXPECT_TRUE(waitFor([&] { return controller->readyToShow(); }));
         return controller;
     }
 

@@ -37,30 +37,21 @@ TEST(DefaultsSuiteTest, SynchronizeSharesAndMergesWrites) {
     EXPECT_EQ(0700u, modeOf(fs::path(check.path()).parent_path()));
 }
 
-// A damaged file (corrupt, or a symbolic link, which is never followed) is read as empty and
-// reported once, though the flush reads it again; the flush sets a corrupt one aside and replaces
-// it, even with nothing to write, and leaves a link's target alone.
+// A corrupt file is read as empty and reported once, though the flush reads it again; the flush
+// keeps it aside and replaces it, even with nothing to write.
 TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
     const std::string garbage = "bplist00 this is not a property list \x01\x02";
-    for (bool corrupt : {true, false}) {
-        SCOPED_TRACE(corrupt ? "corrupt" : "symbolic link");
+    {
         const std::string suite = freshSuite(), path = DefaultsSuite::pathForSuite(suite);
-        const std::string target = corrupt ? path : path + ".target";
         fs::create_directories(fs::path(path).parent_path());
-        std::ofstream(target, std::ios::binary) << garbage;
-        if (!corrupt)
-            fs::create_symlink(target, path);
+        std::ofstream(path, std::ios::binary) << garbage;
         LogCapture log;
         DefaultsSuite damaged(suite);
         EXPECT_FALSE(damaged.objectForKey("Anything"));
         EXPECT_TRUE(damaged.synchronize());
         EXPECT_EQ(1u, log.lines().size());
-        EXPECT_EQ(corrupt, fs::exists(path + ".corrupt"));
         EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(path)));
-        EXPECT_EQ(garbage, readAll(corrupt ? path + ".corrupt" : target));
-        damaged.setObject(text("v"), "k");
-        ASSERT_TRUE(damaged.synchronize());
-        EXPECT_EQ(DefaultsSuite(suite).objectForKey("k"), text("v"));
+        EXPECT_EQ(garbage, readAll(path + ".corrupt"));
     }
 
     const std::string folder = fs::path(DefaultsSuite::pathForSuite("plain")).parent_path();
@@ -78,6 +69,62 @@ TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
         paths.insert(suite.path());
     }
     EXPECT_EQ(paths.size(), names.size());
+}
+
+// Another kind of entry where the store's file, its lock file or the group's folder belongs is
+// set aside under a free name, untouched (a link is never followed), with one line; the flush or
+// the folder lookup then goes on as usual.
+TEST(DefaultsSuiteTest, StraysWhereTheGroupsFilesBelongAreSetAside) {
+    enum Stray { Folder, Link, Fifo, File };
+    const std::string container =
+        std::string(std::getenv("XDG_DATA_HOME")) + "/group-containers/P4RL3YSH4R.stray";
+    const struct {
+        std::string suffix;  // after the store's path; "container" for the group's folder
+        Stray stray;
+        std::string asideSuffix, line;
+    } kCases[] = {
+        {"", Folder, ".corrupt", " was a folder where a file belongs; kept as "},
+        {"", Link, ".corrupt", " was a symbolic link where a file belongs; kept as "},
+        {".lock", Fifo, ".corrupt", " was a FIFO where a file belongs; kept as "},
+        {".lock", Folder, ".corrupt-2", " was a folder where a file belongs; kept as "},
+        {"container", File, ".corrupt", " was a file where a folder belongs; kept as "},
+    };
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.suffix + " " + c.asideSuffix + c.line);
+        const std::string suite = freshSuite(), store = DefaultsSuite::pathForSuite(suite);
+        const std::string path = c.suffix == "container" ? container : store + c.suffix;
+        fs::create_directories(fs::path(path).parent_path());
+        if (c.asideSuffix == ".corrupt-2")
+            std::ofstream(path + ".corrupt") << "an earlier one";
+        if (c.stray == Folder)
+            fs::create_directories(path + "/inside");
+        if (c.stray == Link)
+            fs::create_symlink("elsewhere", path);
+        if (c.stray == Fifo) {
+            ASSERT_EQ(0, ::mkfifo(path.c_str(), 0600));
+        }
+        if (c.stray == File)
+            std::ofstream(path) << "kept";
+        LogCapture log;
+        if (c.suffix == "container") {
+            EXPECT_EQ(path,
+                      FileManager::defaultManager()
+                          .containerURLForSecurityApplicationGroupIdentifier("P4RL3YSH4R.stray")
+                          .value_or(""));
+            EXPECT_TRUE(fs::is_directory(fs::symlink_status(path)));
+        } else {
+            DefaultsSuite writer(suite);
+            writer.setObject(text("v"), "k");
+            EXPECT_TRUE(writer.synchronize());
+            EXPECT_EQ(text("v"), DefaultsSuite(suite).objectForKey("k"));
+        }
+        EXPECT_EQ(
+            (std::vector<std::string>{"PathRepair: " + path + c.line + path + c.asideSuffix + "."}),
+            log.lines());
+        const fs::file_type kinds[] = {fs::file_type::directory, fs::file_type::symlink,
+                                       fs::file_type::fifo, fs::file_type::regular};
+        EXPECT_EQ(kinds[c.stray], fs::symlink_status(path + c.asideSuffix).type());
+    }
 }
 
 // Threads writing through one shared object and through objects of their own lose nothing.
