@@ -111,10 +111,12 @@ TEST(PurposePluginTest, TheJobEndsWithTheSheet) {
     QEventLoop wait;
     for (int i = 0; i < 300 && readAll(gRoot + "/records.jsonl").isEmpty(); ++i)
         wait.processEvents(QEventLoop::WaitForMoreEvents, 100);
-    EXPECT_EQ(readAll(gRoot + "/records.jsonl"),
+    // What the host moved the files to is named by when it received them; the record is not.
+    const auto record = readAll(gRoot + "/records.jsonl");
+    EXPECT_EQ(record.left(record.indexOf(",\"received\"")),
               "{\"event\":\"start\",\"type\":\"public.file-url\",\"entry\":\"favToParley\","
               "\"paths\":[\"" +
-                  container + "a b.txt\"],\"invalidNames\":[],\"invalidSizes\":[]}\n");
+                  container + "a b.txt\"],\"invalidNames\":[],\"invalidSizes\":[]");
     EXPECT_EQ(share(input({"https://example.org/"}, "title", "A page"),
                     kClickOnSheet.arg(276 + 35).arg(370 - (28 + 11)))
                   .first,
