@@ -9,6 +9,8 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins
+  qt6-wayland                          # the sheet on a Wayland session, named by its desktop entry
+  libx11-dev                           # the first-paint benchmark watches the X screen
   libplist-dev libplist-utils
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin

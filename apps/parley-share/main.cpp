@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -48,6 +49,8 @@ constexpr double kLatecomerOffset = 24;
 // Start-up's write of the share type ends within about 8 s (ShareViewController); this only
 // guards against a wait that never ends.
 constexpr std::chrono::seconds kShowTimeout{30};
+// The sheet's window shows the icon of the desktop entries.
+constexpr char kWindowIcon[] = "parley-share";
 
 std::string ownExecutablePath() {
     std::error_code error;
@@ -126,6 +129,11 @@ int main(int argc, char** argv) {
         return EX_CONFIG;
     }
     platform::Bundle::setMainBundle(bundle);
+    // The desktop entry that opens links is named by the extension's identifier; the file
+    // managers' entries name the same class and icon.
+    loop.setDesktopEntryId(bundle->bundleIdentifier());
+    if (const std::optional<std::string> icon = bundle->pathForResource(kWindowIcon, "png"))
+        loop.setWindowIconFile(*icon);
 
     const bool waitsForPerson =
         line.action() == ShareCommandLine::Action::None && !line.snapshotPath() && !line.describe();

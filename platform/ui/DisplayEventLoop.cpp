@@ -1,6 +1,7 @@
 #include "platform/ui/DisplayEventLoop.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -49,6 +50,17 @@ bool DisplayEventLoop::hasDisplay() {
         return name != QLatin1String("offscreen") && name != QLatin1String("minimal");
     }
     return environmentHasDisplay();
+}
+
+void DisplayEventLoop::setDesktopEntryId(const std::string& desktopEntryId) {
+    const QString id = QString::fromStdString(desktopEntryId);
+    QGuiApplication::setDesktopFileName(id);
+    // The X11 class (the second string of WM_CLASS) is the application's name.
+    QGuiApplication::setApplicationName(id);
+}
+
+void DisplayEventLoop::setWindowIconFile(const std::string& path) {
+    QGuiApplication::setWindowIcon(QIcon(QString::fromStdString(path)));
 }
 
 }  // namespace platform

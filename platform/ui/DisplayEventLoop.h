@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/core/EventLoop.h"
 
 namespace platform {
@@ -13,6 +15,13 @@ class DisplayEventLoop : public EventLoop {
 
     // True when views show on a real display rather than offscreen.
     static bool hasDisplay();
+
+    // Ties the windows made from now on to the desktop entry <desktopEntryId>.desktop: the entry
+    // names the program on Wayland, and on X11 the windows' class is that same id, which the
+    // entry's StartupWMClass repeats, so that taskbars show the entry's name and icon.
+    void setDesktopEntryId(const std::string& desktopEntryId);
+    // The icon of the windows made from now on (title bars, taskbars): a PNG or SVG file.
+    void setWindowIconFile(const std::string& path);
 };
 
 }  // namespace platform

@@ -491,6 +491,10 @@ void Window::makeKeyAndOrderFront() {
     if (!native_->window) {
         native_->window = std::make_unique<NativeWindow>(this);
         native_->window->setTitle(QString::fromStdString(title_));
+        // A sheet is a dialog of fixed size: a title and a close button, nothing to maximise
+        // or minimise.
+        native_->window->setFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                  Qt::WindowCloseButtonHint);
     }
     NativeWindow& window = *native_->window;
     const int width = static_cast<int>(std::ceil(frame_.size.width));

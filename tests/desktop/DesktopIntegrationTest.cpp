@@ -251,3 +251,27 @@ xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
     EXPECT_NE(readAll(records_).find("/P4RL3YSH4R.com.parleyapp.Parley/folder\""),
               std::string::npos);
 }
+
+// On X11 the sheet is a dialog with the entries' icon, of the class that their StartupWMClass
+// names: the id of the entry that opens links, which Wayland goes by.
+TEST_F(DesktopTreeTest, TheSheetIsADialogOfTheClassTheEntriesName) {
+    if (run("command -v xvfb-run && command -v xdotool && command -v xprop >/dev/null") != 0)
+        GTEST_SKIP() << "needs xvfb-run, xdotool and xprop";
+    const std::string script = R"sh(timeout 30 "$0" --url https://example.org/ & p=$!
+w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
+xprop -id "$w" WM_CLASS _NET_WM_WINDOW_TYPE; xprop -id "$w" _NET_WM_ICON | head -n 1; kill $p)sh";
+    ASSERT_EQ(run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " " +
+                  quoted(PARLEY_BUILD_DIR "/bin/parley-share") + " >" + dir_.file("out")),
+              0);
+    const std::string scheme =
+        PARLEY_SOURCE_DIR "/desktop/com.parleyapp.Parley.ParleyShare.desktop";
+    for (const std::string& entry :
+         Paths{scheme, PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop"})
+        EXPECT_EQ(keyValue(entry, "StartupWMClass"), "com.parleyapp.Parley.ParleyShare") << entry;
+    EXPECT_EQ(readLines(dir_.file("out")),
+              Paths({"WM_CLASS(STRING) = \"parley-share\", \"" +
+                         keyValue(scheme, "StartupWMClass") + "\"",
+                     "_NET_WM_WINDOW_TYPE(ATOM) = _NET_WM_WINDOW_TYPE_DIALOG, "
+                     "_NET_WM_WINDOW_TYPE_NORMAL",
+                     "_NET_WM_ICON(CARDINAL) = \tIcon (48 x 48):"}));
+}
