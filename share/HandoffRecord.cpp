@@ -17,9 +17,11 @@ void HandoffRecord::setShareType(ShareType type) {
 
 bool HandoffRecord::writeShareType(ShareType type) {
     setShareType(type);
-    const bool flushed = store_->synchronize();
+    return store_->synchronize();
+}
+
+void HandoffRecord::logShareType() const {
     logStoredValue(handoff::kShareTypeKey);
-    return flushed;
 }
 
 bool HandoffRecord::writeShareEntry(ShareType type, ShareEntry entry) {

@@ -22,9 +22,11 @@ class HandoffRecord {
   public:
     explicit HandoffRecord(std::shared_ptr<platform::DefaultsSuite> store);
 
-    // The share type; an unknown one writes nothing, yet flushes and reads back (so the line
-    // shows what an earlier share left).
+    // The share type; an unknown one writes nothing, yet flushes. Not read back here: start-up
+    // logs the read-back once the sheet is built (logShareType), and for an unknown type the line
+    // shows what an earlier share left.
     bool writeShareType(ShareType type);
+    void logShareType() const;
     // The share type again (same key, same value: another sheet may have written its own since
     // start-up), then the action picked, in one group; an unknown type or no action writes
     // nothing for that key. Not read back here: the controller starts the hand-off between this

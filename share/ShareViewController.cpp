@@ -52,9 +52,12 @@ void ShareViewController::loadView() {
     platform::MainQueue::assertMainThread("ShareViewController::loadView");
     platform::ViewController::loadView();
     setup();
+    // The type's write and flush run while the sheet is built; its read-back line waits for the
+    // sheet's lines, so that they come first whatever the worker's pace.
+    auto sheetBuilt = std::make_shared<std::promise<void>>();
+    writeShareTypeUnderShareLock(sheetBuilt->get_future().share());
     buildSheet();
-    // After the sheet is built, so that its lines come first whatever the worker's pace.
-    writeShareTypeUnderShareLock();
+    sheetBuilt->set_value();
 }
 
 bool ShareViewController::readyToShow() const {
@@ -65,11 +68,11 @@ bool ShareViewController::readyToShow() const {
 // Another share may be handing over: its host must read its type, not ours, so the type waits
 // for the share lock, on a worker, and the sheet shows when it is written. A wait that runs out
 // leaves the type to the click, which writes it again in any case.
-void ShareViewController::writeShareTypeUnderShareLock() {
+void ShareViewController::writeShareTypeUnderShareLock(std::shared_future<void> sheetBuilt) {
     auto written = std::make_shared<std::promise<void>>();
     shareTypeWritten_ = written->get_future().share();
     auto self = strongSelf();
-    platform::WorkerPool::shared().async([self, written] {
+    platform::WorkerPool::shared().async([self, written, sheetBuilt] {
         {
             std::string error;
             const std::unique_ptr<platform::FileLock> lock =
@@ -79,16 +82,20 @@ void ShareViewController::writeShareTypeUnderShareLock() {
             else
                 kLog.write("the share lock was not taken (" + error +
                            "); the type is written at the click.");
+            sheetBuilt.wait();
+            if (lock)
+                self->handoffRecord_->logShareType();
         }
         written->set_value();
+        // While the person looks at the sheet, and not before: the bus would only slow the
+        // start-up down. A bus that stalls at the wake-up then still takes the notification into
+        // its queue. A task of its own: the end of this one tells the main thread to show.
+        if (self->m_shareType != ShareTypeUnknown)
+            platform::WorkerPool::shared().async([] {
+                platform::DistributedNotificationCenter::defaultCenter().connect(
+                    std::chrono::milliseconds(250));
+            });
     });
-    // While the person looks at the sheet: a bus that stalls at the wake-up then still takes the
-    // notification into its queue.
-    if (m_shareType != ShareTypeUnknown)
-        platform::WorkerPool::shared().async([] {
-            platform::DistributedNotificationCenter::defaultCenter().connect(
-                std::chrono::milliseconds(250));
-        });
 }
 
 void ShareViewController::buildSheet() {
@@ -148,7 +155,7 @@ void ShareViewController::setup() {
         kErrorLog.write("ShareType is unknown.");
         didFinishShare();
     }
-    // The type is written once the sheet is built (writeShareTypeUnderShareLock).
+    // The type is written while the sheet is built (writeShareTypeUnderShareLock).
 }
 
 void ShareViewController::cancel() {

@@ -223,8 +223,9 @@ class ShareViewController : public platform::ViewController {
 
     // Records |entry| and starts the hand-off; the body of both actions.
     void takeAction(ShareEntry entry);
-    // Start-up's write of the type under the share lock (worker), then an early bus connection.
-    void writeShareTypeUnderShareLock();
+    // Start-up's write of the type under the share lock (worker), read back once |sheetBuilt| is
+    // ready, then an early bus connection.
+    void writeShareTypeUnderShareLock(std::shared_future<void> sheetBuilt);
     // The click's part on a worker: the share lock, the type again and the entry, then the data.
     void handOver(ShareEntry entry);
     std::string shareLockPath() const;
