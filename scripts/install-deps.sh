@@ -12,6 +12,7 @@ packages=(
   qt6-wayland                          # the sheet on a Wayland session, named by its desktop entry
   libx11-dev                           # the first-paint benchmark watches the X screen
   libplist-dev libplist-utils
+  libfontconfig-dev                    # its configuration loads while Qt connects to the display
   googletest libgtest-dev libgmock-dev
   dbus dbus-daemon dbus-bin
   fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs

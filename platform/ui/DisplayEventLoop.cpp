@@ -1,12 +1,20 @@
 #include "platform/ui/DisplayEventLoop.h"
 
+#include <fontconfig/fontconfig.h>
+
 #include <QGuiApplication>
 #include <QIcon>
+#include <QImage>
+#include <QPixmap>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "platform/core/Log.h"
+#include "platform/core/MainQueue.h"
+#include "platform/core/WorkerPool.h"
+#include "platform/ui/Font.h"
 
 namespace platform {
 
@@ -37,7 +45,16 @@ DisplayEventLoop::DisplayEventLoop(int& argc, char** argv) {
             platforms += "xcb;";
         setenv("QT_QPA_PLATFORM", (platforms + "offscreen").c_str(), 1);
     }
+    // Fontconfig reads its configuration and font caches (several milliseconds) on another core
+    // while Qt connects to the display, so that the first text measured does not wait for them.
+    std::thread loadFontConfiguration([] { FcInit(); });
     adoptApplication(new QGuiApplication(argc, argv));
+    loadFontConfiguration.join();
+    // Qt fills its font database from fontconfig's list and resolves the system family on first
+    // use (milliseconds): a worker does both while the program reads its bundle and loads its
+    // views. Offscreen, fonts are for the main thread alone.
+    if (hasDisplay())
+        WorkerPool::shared().async([] { Font::systemFontFamily(); });
     if (environmentHasDisplay() && !hasDisplay())
         kLog.write(
             "the display named in the environment cannot be opened; running "
@@ -60,7 +77,17 @@ void DisplayEventLoop::setDesktopEntryId(const std::string& desktopEntryId) {
 }
 
 void DisplayEventLoop::setWindowIconFile(const std::string& path) {
-    QGuiApplication::setWindowIcon(QIcon(QString::fromStdString(path)));
+    // Reading the file and finding its format take about a millisecond: a worker does it, and a
+    // window shown meanwhile gets the icon a moment later.
+    WorkerPool::shared().async([path] {
+        const QImage icon(QString::fromStdString(path));
+        if (icon.isNull()) {
+            kLog.write("no window icon in " + path);
+            return;
+        }
+        MainQueue::async(
+            [icon] { QGuiApplication::setWindowIcon(QIcon(QPixmap::fromImage(icon))); });
+    });
 }
 
 }  // namespace platform

@@ -20,7 +20,8 @@ class DisplayEventLoop : public EventLoop {
     // names the program on Wayland, and on X11 the windows' class is that same id, which the
     // entry's StartupWMClass repeats, so that taskbars show the entry's name and icon.
     void setDesktopEntryId(const std::string& desktopEntryId);
-    // The icon of the windows made from now on (title bars, taskbars): a PNG or SVG file.
+    // The icon of the program's windows (title bars, taskbars), read from a PNG or SVG file
+    // while the program goes on.
     void setWindowIconFile(const std::string& path);
 };
 

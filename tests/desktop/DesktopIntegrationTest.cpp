@@ -252,13 +252,15 @@ xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
               std::string::npos);
 }
 
-// On X11 the sheet is a dialog with the entries' icon, of the class that their StartupWMClass
-// names: the id of the entry that opens links, which Wayland goes by.
+// On X11 the sheet is a dialog with the entries' icon (set a moment after the window shows, given
+// 5 s), of the class that their StartupWMClass names: the id of the entry that opens links, which
+// Wayland goes by.
 TEST_F(DesktopTreeTest, TheSheetIsADialogOfTheClassTheEntriesName) {
     if (run("command -v xvfb-run && command -v xdotool && command -v xprop >/dev/null") != 0)
         GTEST_SKIP() << "needs xvfb-run, xdotool and xprop";
     const std::string script = R"sh(timeout 30 "$0" --url https://example.org/ & p=$!
 w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
+for i in $(seq 100); do xprop -id "$w" _NET_WM_ICON | grep -q Icon && break; sleep 0.05; done
 xprop -id "$w" WM_CLASS _NET_WM_WINDOW_TYPE; xprop -id "$w" _NET_WM_ICON | head -n 1; kill $p)sh";
     ASSERT_EQ(run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " " +
                   quoted(PARLEY_BUILD_DIR "/bin/parley-share") + " >" + dir_.file("out")),
