@@ -1,5 +1,6 @@
 #include "platform/ui/Window.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QImage>
 #include <QKeyEvent>
@@ -159,6 +160,11 @@ std::optional<Rect> keyboardFocusRingOf(const platform::Window& window) {
 class NativeWindow : public QRasterWindow {
   public:
     explicit NativeWindow(platform::Window* owner) : owner_(owner) {}
+
+    // Qt lists an application's windows to assistive technology by their root interface.
+    QAccessibleInterface* accessibleRoot() const override {
+        return QAccessible::queryAccessibleInterface(const_cast<NativeWindow*>(this));
+    }
 
   protected:
     void paintEvent(QPaintEvent*) override {
