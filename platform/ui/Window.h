@@ -28,7 +28,7 @@ class Bitmap;
 // become our events; without a display it exists offscreen and events are delivered through
 // sendEvent.
 //
-// Keyboard access: keys nobody before the window takes press the sheet's buttons. Tab and
+// Keyboard access: keys nobody before the window takes press the window's buttons. Tab and
 // Shift+Tab move a keyboard focus over the window's buttons (accessibility elements with the
 // Button role) in reading order, and the window draws a focus ring around the focused one, from
 // the first Tab on; Space and Return press it; a key whose characters are a view's keyEquivalent
