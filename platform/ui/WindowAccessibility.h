@@ -30,8 +30,8 @@ class WindowAccessibility {
     void keyboardFocusMoved(View& view);
 
   private:
-    friend class WindowElement;
-    friend class ViewElement;
+    friend class AccessibleWindowElement;
+    friend class AccessibleViewElement;
     // The WindowAccessibility of |native|; nullptr once it is gone.
     static WindowAccessibility* of(const QWindow* native);
     // The interface describing |view|, made on first need and kept until this goes.
