@@ -3,7 +3,8 @@
 # The desktop tests validate the entries (desktop-file-utils, appstream), build the packages
 # (dpkg-dev for dpkg-shlibdeps, file) and check them (lintian), and run the Nautilus extension
 # (python3) and the KDE plugin through KDE Purpose. A share test mounts a FUSE file system whose
-# reads never answer (fuse3, python3-fusepy).
+# reads never answer (fuse3, python3-fusepy). A share test reads the sheet over the accessibility
+# bus as a screen reader does (at-spi2-core, python3-pyatspi).
 set -euo pipefail
 
 packages=(
@@ -23,6 +24,7 @@ packages=(
   lintian                                             # the package test
   libkf5purpose-dev libkf5purpose-bin qtbase5-dev     # the KDE Share-menu plugin (Qt 5) and its test
   fuse3 python3-fusepy
+  at-spi2-core python3-pyatspi                        # the screen-reader client of the sheet test
 )
 # scripts/fuzz.sh needs clang and its libFuzzer runtime.
 if [ "${1:-}" = "fuzz" ]; then packages+=(clang libclang-rt-14-dev); fi

@@ -76,6 +76,23 @@ std::string formatCount(const std::string& format, size_t count) {
     return out;
 }
 
+// What a screen reader says of the card: the count line for several files, the file's name for
+// one, the link's host for a link.
+std::string cardDescription(ShareType type,
+                            const std::shared_ptr<platform::ExtensionItem>& item,
+                            const std::string& countLine) {
+    const size_t attachments = item ? item->attachments().size() : 0;
+    const std::string name = attachments > 0 ? item->attachments().front()->suggestedName() : "";
+    if (type == ShareTypeUrl) {
+        std::string text = localized("ShareExtension.LinkPreview");
+        const size_t placeholder = text.find("%@");
+        if (placeholder != std::string::npos)
+            text.replace(placeholder, 2, name);
+        return text;
+    }
+    return attachments == 1 && !name.empty() ? name : countLine;
+}
+
 }  // namespace
 
 void ShareViewController::layoutContent() {
@@ -102,6 +119,9 @@ void ShareViewController::layoutFileContent() {
         platform::NSMakeRect(158, 45, CardPicture::kSide, CardPicture::kSide)));
     count->setHidden(m_shareType == ShareTypeUrl);
     fileImg()->setImage(CardPicture::forShare(m_shareType, attachments).image());
+    fileImg()->setAccessibilityRole(platform::AccessibilityRole::Image);
+    fileImg()->setAccessibilityHelp(
+        cardDescription(m_shareType, m_extensionItem, count->stringValue()));
     if (m_shareType != ShareTypeUrl && attachments == 1) {
         auto self = strongSelf();
         m_extensionItem->attachments().front()->loadItemForTypeIdentifier(

@@ -59,6 +59,10 @@ void ShareViewController::layoutCancelBtn() {
     view()->addSubview(cancelBtn());
     // The button is always 70 x 23, whatever the title measured.
     button.setFrame(platform::NSMakeRect(276, 28, 70, 23));
+    // A screen reader reads it by its title; Escape presses it.
+    button.setAccessibilityRole(platform::AccessibilityRole::Button);
+    button.setAccessibilityLabel(button.title());
+    button.setKeyEquivalent("\x1b");
 
     auto weak = weakSelf();
     button.setDidLeftMouseDownBlock([weak] {
@@ -94,6 +98,8 @@ void ShareViewController::layoutTop() {
     setParleyLogoContainer(std::make_shared<platform::View>(platform::NSMakeRect(0, 284, 376, 81)));
     setParleyLogo(std::make_shared<platform::ImageView>(platform::NSMakeRect(170, 30, 35, 27)));
     parleyLogo()->setImage(platform::Image::imageNamed("ParleyLogo"));
+    parleyLogo()->setAccessibilityRole(platform::AccessibilityRole::Image);
+    parleyLogo()->setAccessibilityLabel(localized("ShareExtension.ParleyLogo"));
     parleyLogoContainer()->addSubview(parleyLogo());
     view()->addSubview(parleyLogoContainer());
 }
@@ -104,6 +110,9 @@ ShareViewController::ActionRow ShareViewController::makeActionRow(const platform
                                                                   const std::string& titleKey) {
     ActionRow row;
     row.container = std::make_shared<PLSView>(frame);
+    // To a screen reader and the keyboard the whole row is one button named by its title.
+    row.container->setAccessibilityRole(platform::AccessibilityRole::Button);
+    row.container->setAccessibilityLabel(localized(titleKey));
     row.icon = std::make_shared<platform::ImageView>(platform::NSMakeRect(30, 13, 23, 23));
     row.icon->setImage(platform::Image::imageNamed(iconName));
     row.title = std::make_shared<PLSTextView>(platform::NSMakeRect(57, 18, 150, 14));

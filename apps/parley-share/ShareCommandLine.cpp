@@ -111,7 +111,9 @@ std::string ShareCommandLine::usage() {
            "                       fav     the add-to-favourites row\n"
            "                       cancel  the Cancel button (nothing is handed over)\n"
            "  --press TARGET     press the mouse on TARGET (without releasing it) first\n"
-           "  --snapshot PATH    write the sheet as shown, after --press, as a PNG picture\n"
+           "  --focus TARGET     move the keyboard focus to TARGET with Tab first\n"
+           "  --snapshot PATH    write the sheet as shown, after --press and --focus, as a\n"
+           "                     PNG picture\n"
            "  --scale S          pixels per point of the snapshot (default 1, at most 8)\n"
            "  --describe         print the sheet's window and view tree, after --press and\n"
            "                     --snapshot, and stop without handing anything over\n"
@@ -177,11 +179,13 @@ ShareCommandLine ShareCommandLine::parse(const std::vector<std::string>& argumen
 
         if (name == "--help" || name == "-h") {
             line.help_ = true;
-        } else if (name == "--action" || name == "--press") {
+        } else if (name == "--action" || name == "--press" || name == "--focus") {
             const std::optional<std::string> value = takeValue();
             if (!value)
                 continue;
-            Action& target = name == "--action" ? line.action_ : line.press_;
+            Action& target = name == "--action"  ? line.action_
+                             : name == "--press" ? line.press_
+                                                 : line.focus_;
             if (target != Action::None)
                 fail(name + " given twice");
             if (const std::optional<Action> named = targetNamed(*value))

@@ -5,7 +5,8 @@
 #include <vector>
 
 // The command line of parley-share:
-//   parley-share [--bundle PATH] [--gather] [--press TARGET] [--snapshot PATH.png [--scale S]]
+//   parley-share [--bundle PATH] [--gather] [--press TARGET] [--focus TARGET]
+//                [--snapshot PATH.png [--scale S]]
 //                [--action TARGET | --describe] (--url URL | parley-share:LINK | FILE...)
 //   parley-share --help
 // TARGET is send, fav or cancel. A FILE is a path or a file:// URI, as desktops pass them
@@ -31,6 +32,8 @@ class ShareCommandLine {
     Action action() const { return action_; }
     // Pressed (mouse-down only) before the snapshot and the action.
     Action press() const { return press_; }
+    // Given the keyboard focus (by Tab, as a person would) before the snapshot and the action.
+    Action focus() const { return focus_; }
     // Where to write the sheet as shown, as PNG, and at how many pixels per point.
     const std::optional<std::string>& snapshotPath() const { return snapshotPath_; }
     double scale() const { return scale_; }
@@ -48,6 +51,7 @@ class ShareCommandLine {
     bool help_ = false;
     Action action_ = Action::None;
     Action press_ = Action::None;
+    Action focus_ = Action::None;
     std::optional<std::string> snapshotPath_;
     double scale_ = 1.0;
     bool describe_ = false;

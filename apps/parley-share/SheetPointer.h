@@ -22,6 +22,8 @@ class SheetPointer {
     bool press(ShareCommandLine::Action target);
     // A mouse-down and the mouse-up that completes it, at the same point.
     bool click(ShareCommandLine::Action target);
+    // Tab until the keyboard focus is on |target|; false when no Tab reaches it.
+    bool focus(ShareCommandLine::Action target);
 
   private:
     // The middle of |target| in the window's coordinates; nullopt when the sheet lacks it.

@@ -183,6 +183,8 @@ int main(int argc, char** argv) {
 
     if (line.press() != ShareCommandLine::Action::None && !pointer.press(line.press()))
         std::fprintf(stderr, "parley-share: the sheet has nothing to press there\n");
+    if (line.focus() != ShareCommandLine::Action::None && !pointer.focus(line.focus()))
+        std::fprintf(stderr, "parley-share: the keyboard cannot reach that on the sheet\n");
     if (line.snapshotPath()) {
         const auto picture = window.snapshot(line.scale());
         if (!picture || !picture->writePNG(*line.snapshotPath())) {

@@ -17,6 +17,7 @@ std::shared_ptr<ItemProvider> ItemProvider::withURL(const Url& url) {
     if (url.isFileURL())
         provider->registerItemForTypeIdentifier(kUTTypeFileURL, loader);
     provider->registerItemForTypeIdentifier(kUTTypeURL, loader);
+    provider->suggestedName_ = url.isFileURL() ? url.lastPathComponent() : url.host();
     return provider;
 }
 

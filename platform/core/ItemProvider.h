@@ -34,6 +34,10 @@ class ItemProvider {
     // Registers |loader| for |typeIdentifier| (run on a worker thread at each load).
     void registerItemForTypeIdentifier(const std::string& typeIdentifier, Loader loader);
 
+    // A name for the item that a person recognises without loading it: a file's name, a
+    // link's host; empty when the provider was not made from a URL.
+    const std::string& suggestedName() const { return suggestedName_; }
+
     bool hasItemConformingToTypeIdentifier(const std::string& typeIdentifier) const;
     // loadItemForTypeIdentifier:options:completionHandler: returns at once; |completion| runs
     // on a worker thread with the item, or with no item and an error for a type not offered.
@@ -44,6 +48,7 @@ class ItemProvider {
 
   private:
     std::vector<std::string> types_;
+    std::string suggestedName_;
     std::map<std::string, Loader> loaders_;
 };
 

@@ -105,4 +105,20 @@ std::string Url::pathExtension() const {
     return last.substr(dot + 1);
 }
 
+std::string Url::host() const {
+    if (isFile_)
+        return {};
+    const size_t start = text_.find("://");
+    if (start == std::string::npos)
+        return {};
+    std::string authority = text_.substr(start + 3);
+    authority = authority.substr(0, authority.find_first_of("/?#"));
+    const size_t at = authority.rfind('@');
+    if (at != std::string::npos)
+        authority = authority.substr(at + 1);
+    if (!authority.empty() && authority.front() == '[')
+        return authority.substr(0, authority.find(']') + 1);
+    return authority.substr(0, authority.find(':'));
+}
+
 }  // namespace platform

@@ -24,6 +24,9 @@ class Url {
     const std::string& path() const { return path_; }
     // Last component of path() (for other URLs, of the URL's decoded path).
     std::string lastPathComponent() const;
+    // The host of a URL with an authority ("example.org" in "https://me@example.org:8/a"),
+    // without user or port; empty for a file URL and for URLs without one.
+    std::string host() const;
     // Text after the last dot of the last path component; empty when there is none.
     std::string pathExtension() const;
 

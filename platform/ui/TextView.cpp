@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/ui/FocusRingStyle.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/Window.h"
 
@@ -25,8 +26,8 @@ constexpr double kDefaultFontSize = 12.0;
 // The wrap width of a view too narrow to hold any text: effectively unwrapped.
 constexpr double kUnwrappedWidth = 1e7;
 // The focus ring: its width outside the mask, and its colour.
-constexpr double kFocusRingWidth = 3.0;
-const QColor kFocusRingColor(0x3B, 0x99, 0xFC, 128);
+constexpr double kFocusRingWidth = focus_ring_style::kWidth;
+const QColor kFocusRingColor = focus_ring_style::kColor;
 
 bool isContinuationByte(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;

@@ -165,6 +165,25 @@ void View::setHidden(bool hidden) {
     setNeedsDisplay(true);
 }
 
+bool View::isHiddenOrHasHiddenAncestor() const {
+    for (const View* view = this; view; view = view->superview_) {
+        if (view->hidden_)
+            return true;
+    }
+    return false;
+}
+
+// --- Accessibility ----------------------------------------------------------------------------
+
+bool View::accessibilityPerformPress() {
+    MainQueue::assertMainThread("View::accessibilityPerformPress");
+    if (!window_ || isHiddenOrHasHiddenAncestor())
+        return false;
+    const Rect box = bounds();
+    window_->performClick(convertPointToView(NSMakePoint(box.midX(), box.midY()), nullptr));
+    return true;
+}
+
 void View::setAlphaValue(double alpha) {
     alpha_ = alpha;
     setNeedsDisplay(true);

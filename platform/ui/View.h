@@ -14,6 +14,9 @@ namespace platform {
 class Window;
 class GraphicsContext;
 
+// What a view is to assistive technology (a screen reader); None keeps it out of the tree.
+enum class AccessibilityRole { None, Button, StaticText, Image, Group };
+
 // A view in a retained tree, with AppKit semantics. Main thread only: construction, changes to
 // the tree or to what the view shows, and drawing abort on another thread (MainQueue).
 //
@@ -105,6 +108,27 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     // Touch events are delivered to the nearest view under the touch that accepts them.
     virtual bool acceptsTouchEvents() const { return false; }
 
+    // --- Accessibility ------------------------------------------------------------------------
+    // A view with a role is an element that assistive technology lists; the label is the name
+    // it speaks, the help text a description spoken after it. A button is pressable: by its
+    // press action and by the keyboard (Window).
+    AccessibilityRole accessibilityRole() const { return accessibilityRole_; }
+    void setAccessibilityRole(AccessibilityRole role) { accessibilityRole_ = role; }
+    bool isAccessibilityElement() const { return accessibilityRole_ != AccessibilityRole::None; }
+    const std::string& accessibilityLabel() const { return accessibilityLabel_; }
+    void setAccessibilityLabel(const std::string& label) { accessibilityLabel_ = label; }
+    const std::string& accessibilityHelp() const { return accessibilityHelp_; }
+    void setAccessibilityHelp(const std::string& help) { accessibilityHelp_ = help; }
+    // Presses the view as a person would: a click (mouse-down, mouse-up) at its centre through
+    // its window's event dispatch. False when the view is in no window or hidden.
+    bool accessibilityPerformPress();
+    // The key whose characters press this view from anywhere in its window ("\x1b" for Escape
+    // on a cancel button); empty for none.
+    const std::string& keyEquivalent() const { return keyEquivalent_; }
+    void setKeyEquivalent(const std::string& characters) { keyEquivalent_ = characters; }
+    // Hidden itself or through an ancestor.
+    bool isHiddenOrHasHiddenAncestor() const;
+
     // Auto layout's notion of a natural size; (-1, -1) means none.
     virtual Size intrinsicContentSize() const { return {-1, -1}; }
     virtual void invalidateIntrinsicContentSize() {}
@@ -139,6 +163,10 @@ class View : public Responder, public std::enable_shared_from_this<View> {
     bool wantsLayer_ = false;
     bool clipsToBounds_ = false;
     std::shared_ptr<Layer> layer_;
+    AccessibilityRole accessibilityRole_ = AccessibilityRole::None;
+    std::string accessibilityLabel_;
+    std::string accessibilityHelp_;
+    std::string keyEquivalent_;
 };
 
 using ViewPtr = std::shared_ptr<View>;

@@ -1,25 +1,31 @@
 #include "platform/ui/Window.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPixmap>
 #include <QRasterWindow>
 #include <QScreen>
 #include <QStyleHints>
 #include <QTouchEvent>
+#include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Bitmap.h"
 #include "platform/ui/DisplayEventLoop.h"
+#include "platform/ui/FocusRingStyle.h"
 #include "platform/ui/GraphicsContext.h"
 #include "platform/ui/View.h"
+#include "platform/ui/WindowAccessibility.h"
 
 namespace platform {
 
@@ -66,6 +72,7 @@ uint16_t virtualKeyCodeOf(int key) {
         case Qt::Key_Backspace:
             return kVK_Delete;
         case Qt::Key_Tab:
+        case Qt::Key_Backtab:  // Shift+Tab; the modifier flags keep the Shift
             return kVK_Tab;
         case Qt::Key_Space:
             return kVK_Space;
@@ -99,12 +106,32 @@ uint16_t virtualKeyCodeOf(int key) {
     return 0;
 }
 
-// The window's pixels, |width| x |height| points at |scale|: the window background, then the
-// content view. Drawn at device pixels so the toolkit sees the true backing scale.
+// The keyboard focus ring around |focused| (window coordinates), above everything the views
+// drew, on |image| of a window |height| points high at |scale|. It lies just outside the view,
+// kept inside the window where the view reaches its edges.
+void paintKeyboardFocusRing(QImage& image, const Rect& focused, double height, double scale) {
+    const double half = focus_ring_style::kWidth / 2;
+    const Rect fromTop = flippedRect(focused, height);
+    QRectF ring(fromTop.origin.x - half, fromTop.origin.y - half, fromTop.size.width + 2 * half,
+                fromTop.size.height + 2 * half);
+    ring = ring.intersected(
+        QRectF(half, half, image.width() / scale - 2 * half, image.height() / scale - 2 * half));
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    painter.setPen(QPen(focus_ring_style::kColor, focus_ring_style::kWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(ring, 4, 4);
+}
+
+// The window's pixels, |width| x |height| points at |scale|: the window background, the content
+// view, then the keyboard focus ring if any. Drawn at device pixels so the toolkit sees the true
+// backing scale.
 QImage backingImage(const std::shared_ptr<View>& content,
                     double width,
                     double height,
-                    double scale) {
+                    double scale,
+                    const std::optional<Rect>& focusRing) {
     QImage image(static_cast<int>(std::ceil(width * scale)),
                  static_cast<int>(std::ceil(height * scale)), QImage::Format_ARGB32_Premultiplied);
     image.fill(kWindowBackground);
@@ -113,7 +140,18 @@ QImage backingImage(const std::shared_ptr<View>& content,
         GraphicsContext context(&painter, height, scale);
         content->displayInContext(context);
     }
+    if (focusRing)
+        paintKeyboardFocusRing(image, *focusRing, height, scale);
     return image;
+}
+
+// Where the keyboard focus ring goes in |window|: around the focused view, in window
+// coordinates; nothing before the first Tab.
+std::optional<Rect> keyboardFocusRingOf(const platform::Window& window) {
+    const std::shared_ptr<View> focused = window.keyboardFocusView();
+    if (!focused)
+        return std::nullopt;
+    return focused->convertRectToView(focused->bounds(), nullptr);
 }
 
 }  // namespace
@@ -123,11 +161,17 @@ class NativeWindow : public QRasterWindow {
   public:
     explicit NativeWindow(platform::Window* owner) : owner_(owner) {}
 
+    // Qt lists an application's windows to assistive technology by their root interface.
+    QAccessibleInterface* accessibleRoot() const override {
+        return QAccessible::queryAccessibleInterface(const_cast<NativeWindow*>(this));
+    }
+
   protected:
     void paintEvent(QPaintEvent*) override {
         const double scale = devicePixelRatio();
         // The window then shows the image at its device pixel ratio.
-        QImage image = backingImage(owner_->contentView(), width(), height(), scale);
+        QImage image = backingImage(owner_->contentView(), width(), height(), scale,
+                                    keyboardFocusRingOf(*owner_));
         image.setDevicePixelRatio(scale);
         QPainter painter(this);
         painter.drawImage(QPointF(0, 0), image);
@@ -276,7 +320,8 @@ class NativeWindow : public QRasterWindow {
 };
 
 struct Window::Native {
-    std::unique_ptr<NativeWindow> window;  // made when first shown on a display
+    std::unique_ptr<NativeWindow> window;                // made when first shown on a display
+    std::unique_ptr<WindowAccessibility> accessibility;  // goes before the window
     double scaleOverride = 0;
 };
 
@@ -292,6 +337,7 @@ Window::Window(const Rect& contentRect, const std::string& title)
 
 Window::~Window() {
     Application::removeWindow(this);
+    native_->accessibility.reset();
     native_->window.reset();
     if (contentView_)
         contentView_->setWindow(nullptr);
@@ -422,6 +468,117 @@ void Window::dispatchEvent(const Event& event) {
     }
 }
 
+void Window::performClick(Point locationInWindow) {
+    MainQueue::assertMainThread("Window::performClick");
+    // A button follows the pointer through its mouse-up; it must be where the events say.
+    setMouseLocationOutsideOfEventStream(locationInWindow);
+    sendEvent(
+        *Event::mouseEvent(EventType::LeftMouseDown, locationInWindow, 1, 0, 0, windowNumber_));
+    sendEvent(*Event::mouseEvent(EventType::LeftMouseUp, locationInWindow, 1, 0, 0, windowNumber_));
+}
+
+void Window::keyDown(const Event& event) {
+    switch (event.keyCode()) {
+        case kVK_Tab:
+            if (event.modifierFlags() & NSEventModifierFlagShift)
+                selectPreviousKeyView();
+            else
+                selectNextKeyView();
+            return;
+        case kVK_Space:
+        case kVK_Return:
+        case kVK_ANSI_KeypadEnter:
+            if (std::shared_ptr<View> focused = keyboardFocusView()) {
+                focused->accessibilityPerformPress();
+                return;
+            }
+            break;
+        default:
+            break;
+    }
+    if (!performKeyEquivalent(event))
+        Responder::keyDown(event);
+}
+
+bool Window::performKeyEquivalent(const Event& event) {
+    if (!contentView_ || event.characters().empty())
+        return false;
+    std::vector<View*> pending{contentView_.get()};
+    while (!pending.empty()) {
+        View* view = pending.back();
+        pending.pop_back();
+        if (view->isHidden())
+            continue;
+        if (view->keyEquivalent() == event.characters())
+            return view->accessibilityPerformPress();
+        for (const auto& subview : view->subviews())
+            pending.push_back(subview.get());
+    }
+    return false;
+}
+
+std::vector<std::shared_ptr<View>> Window::accessibilityElements() const {
+    std::vector<std::shared_ptr<View>> elements;
+    if (!contentView_)
+        return elements;
+    // Depth first in tree order; hidden subtrees are not shown, so not read.
+    std::vector<std::shared_ptr<View>> pending{contentView_};
+    while (!pending.empty()) {
+        std::shared_ptr<View> view = pending.back();
+        pending.pop_back();
+        if (view->isHidden())
+            continue;
+        if (view->isAccessibilityElement())
+            elements.push_back(view);
+        const auto& subviews = view->subviews();
+        pending.insert(pending.end(), subviews.rbegin(), subviews.rend());
+    }
+    std::stable_sort(elements.begin(), elements.end(), [](const auto& a, const auto& b) {
+        const Rect first = a->convertRectToView(a->bounds(), nullptr);
+        const Rect second = b->convertRectToView(b->bounds(), nullptr);
+        if (first.maxY() != second.maxY())
+            return first.maxY() > second.maxY();
+        return first.minX() < second.minX();
+    });
+    return elements;
+}
+
+std::shared_ptr<View> Window::keyboardFocusView() const {
+    std::shared_ptr<View> focused = keyboardFocus_.lock();
+    if (!focused || focused->window() != this || focused->isHiddenOrHasHiddenAncestor())
+        return nullptr;
+    return focused;
+}
+
+void Window::selectNextKeyView() {
+    moveKeyboardFocus(1);
+}
+
+void Window::selectPreviousKeyView() {
+    moveKeyboardFocus(-1);
+}
+
+void Window::moveKeyboardFocus(int step) {
+    MainQueue::assertMainThread("Window::moveKeyboardFocus");
+    std::vector<std::shared_ptr<View>> loop;
+    for (const auto& element : accessibilityElements()) {
+        if (element->accessibilityRole() == AccessibilityRole::Button)
+            loop.push_back(element);
+    }
+    if (loop.empty())
+        return;
+    const int count = static_cast<int>(loop.size());
+    const auto current = std::find(loop.begin(), loop.end(), keyboardFocusView());
+    // Before the first Tab, forward starts at the first button and backward at the last.
+    int index = step > 0 ? 0 : count - 1;
+    if (current != loop.end())
+        index = (static_cast<int>(current - loop.begin()) + step + count) % count;
+    keyboardFocus_ = loop[index];
+    viewNeedsDisplay();
+    if (native_->accessibility)
+        native_->accessibility->keyboardFocusMoved(*loop[index]);
+}
+
 bool Window::makeFirstResponder(Responder* responder) {
     MainQueue::assertMainThread("Window::makeFirstResponder");
     Responder* target = responder ? responder : this;
@@ -511,6 +668,13 @@ void Window::makeKeyAndOrderFront() {
     window.raise();
     window.requestActivate();
     window.update();
+    announceToAssistiveTechnology();
+}
+
+void Window::announceToAssistiveTechnology() {
+    if (!native_->accessibility)
+        native_->accessibility = std::make_unique<WindowAccessibility>(*native_->window, *this);
+    native_->accessibility->announceShown();
 }
 
 std::shared_ptr<View> Window::touchTargetAt(Point locationInWindow) const {
@@ -542,8 +706,12 @@ bool Window::isShownOnDisplay() const {
 }
 
 std::shared_ptr<Bitmap> Window::snapshot(double scale) const {
-    if (contentView_)
-        return Bitmap::renderView(*contentView_, scale);
+    if (contentView_) {
+        std::shared_ptr<Bitmap> picture = Bitmap::renderView(*contentView_, scale);
+        if (const std::optional<Rect> ring = keyboardFocusRingOf(*this))
+            paintKeyboardFocusRing(picture->qimage(), *ring, frame_.size.height, scale);
+        return picture;
+    }
     return std::make_shared<Bitmap>(static_cast<int>(std::ceil(frame_.size.width * scale)),
                                     static_cast<int>(std::ceil(frame_.size.height * scale)), scale);
 }
@@ -572,7 +740,8 @@ std::shared_ptr<Bitmap> Window::imageOfScreenRect(const Rect& rect) const {
         return Bitmap::fromQImage(pixmap.toImage(), pixmap.devicePixelRatio());
     }
     const double scale = backingScaleFactor();
-    const QImage backing = backingImage(contentView_, frame_.size.width, frame_.size.height, scale);
+    const QImage backing = backingImage(contentView_, frame_.size.width, frame_.size.height, scale,
+                                        keyboardFocusRingOf(*this));
     QImage picture(static_cast<int>(std::ceil(local.width() * scale)),
                    static_cast<int>(std::ceil(local.height() * scale)),
                    QImage::Format_ARGB32_Premultiplied);

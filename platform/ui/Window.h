@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/ui/Event.h"
 #include "platform/ui/Geometry.h"
@@ -26,6 +27,13 @@ class Bitmap;
 // responder. When shown on a display the window is a real QWindow whose Qt mouse and key events
 // become our events; without a display it exists offscreen and events are delivered through
 // sendEvent.
+//
+// Keyboard access: keys nobody before the window takes press the window's buttons. Tab and
+// Shift+Tab move a keyboard focus over the window's buttons (accessibility elements with the
+// Button role) in reading order, and the window draws a focus ring around the focused one, from
+// the first Tab on; Space and Return press it; a key whose characters are a view's keyEquivalent
+// presses that view. A press is a click at the view's centre (performClick). On a display the
+// window and its elements are described to assistive technology (WindowAccessibility).
 class Window : public Responder {
   public:
     // |contentRect| is in screen coordinates (bottom-left origin, y up).
@@ -43,6 +51,20 @@ class Window : public Responder {
 
     // Routes |event| as the platform's event loop would.
     void sendEvent(const Event& event);
+    // A click of the left button at |locationInWindow| (base coordinates): a mouse-down and its
+    // mouse-up through sendEvent, as a person's click would come.
+    void performClick(Point locationInWindow);
+
+    // The end of the responder chain: keyboard access (above), else the key is dropped.
+    void keyDown(const Event& event) override;
+    // The visible accessibility elements of the content view's tree in reading order: top edge
+    // first (higher on the screen first), then left edge; tree order among equals.
+    std::vector<std::shared_ptr<View>> accessibilityElements() const;
+    // The button the keyboard focus is on; nullptr before the first Tab.
+    std::shared_ptr<View> keyboardFocusView() const;
+    // Tab and Shift+Tab: the next (previous) button in reading order, round the end.
+    void selectNextKeyView();
+    void selectPreviousKeyView();
 
     // nullptr makes the window itself first responder. Refuses (false) a responder that does not
     // accept first responder or a view of another window.
@@ -97,6 +119,11 @@ class Window : public Responder {
 
   private:
     void dispatchEvent(const Event& event);
+    void moveKeyboardFocus(int step);
+    // Describes the window shown on the display to assistive technology and announces it.
+    void announceToAssistiveTechnology();
+    // Presses the view whose keyEquivalent is |event|'s characters; false when none has it.
+    bool performKeyEquivalent(const Event& event);
     void startMoveByPointer();
     struct Native;
     std::unique_ptr<Native> native_;
@@ -104,6 +131,7 @@ class Window : public Responder {
     Responder* firstResponder_ = nullptr;
     // The view that took the last mouse-down: it gets the drags and the mouse-up that follow.
     std::weak_ptr<View> mouseDownViewRef_;
+    std::weak_ptr<View> keyboardFocus_;
     Point mouseLocation_;
     Rect frame_;
     int windowNumber_;

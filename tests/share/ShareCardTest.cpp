@@ -228,6 +228,22 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPictureAndItsCountLine) {
         EXPECT_EQ(c.line, startShare(attachments)->fileCount()->stringValue());
         runUntilIdle();
     }
+
+    // What a screen reader hears of the card: the file's name, the count line, the link's host.
+    const std::string report = files_.writeText("report.pdf", "r");
+    const struct {
+        const char* language;
+        Providers attachments;
+        const char* heard;
+    } kHeard[] = {{"en", {fileProvider(report)}, "report.pdf"},
+                  {"en", Providers(3, fileProvider(report)), "3 files"},
+                  {"fr", {linkProvider("https://me@example.org:8080/a")}, "un lien : example.org"}};
+    for (const auto& c : kHeard) {
+        SCOPED_TRACE(c.heard);
+        ScopedEnv language("LANGUAGE", std::string(c.language));
+        EXPECT_EQ(c.heard, startShare(c.attachments)->fileImg()->accessibilityHelp());
+        runUntilIdle();
+    }
 }
 
 // Asked only for the tree, a share exits while the card's picture may still be decoding (a large

@@ -81,6 +81,15 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
     EXPECT_EQ(row->pixelAt(501, 539), (platform::Rgba{222, 222, 222, 255}));
     EXPECT_EQ(row->pixelAt(501, 439), (platform::Rgba{0xF7, 0xF7, 0xF7, 255}));
     EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());
+    // No keyboard focus ring before the first Tab: the send-to-friend row's top edge is bare; once
+    // Tab has reached the favourites row, its ring runs along that row's top edge.
+    EXPECT_EQ(row->pixelAt(400, 378), (platform::Rgba{0xF7, 0xF7, 0xF7, 255}));
+    EXPECT_EQ(share("--focus fav --snapshot " + quoted(picture) +
+                    " --scale 2 --url https://example.org/"),
+              0);
+    auto ringed = platform::Bitmap::readPNG(picture);
+    ASSERT_TRUE(ringed);
+    EXPECT_EQ(ringed->pixelAt(400, 477), (platform::Rgba{153, 200, 249, 255}));
     // A disk that fills up while the picture is written.
     EXPECT_EQ(share("--snapshot /dev/full --url https://example.org/"), 73);
     EXPECT_NE(shareErrors().find("cannot write the snapshot"), std::string::npos);

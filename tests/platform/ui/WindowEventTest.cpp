@@ -1,5 +1,7 @@
 // Event routing through a window: mouse-downs to the view hit, drags and mouse-ups to the view
-// pressed, keys to the first responder, click counts as given.
+// pressed, keys to the first responder, click counts as given; keyboard access.
+#include <map>
+
 #include "tests/platform/ui/PixelTestSupport.h"
 
 using namespace platform;
@@ -85,4 +87,59 @@ TEST_F(WindowEventTest, ARemovedViewLosesTheKeysAndItsPress) {
     sendKey(kVK_Tab, "\t");
     EXPECT_EQ("up1 ", right->events);
     EXPECT_EQ((std::vector<uint16_t>{kVK_Tab}), window.keys);
+}
+
+// Keyboard access: Tab and Shift+Tab go round the visible buttons in reading order (top first,
+// then left), from no focus before the first Tab; Space and Return click the focused one at its
+// centre; Escape clicks the view it is the key equivalent of, wherever the focus is.
+TEST(WindowKeyboardTest, TabGoesRoundTheButtonsInReadingOrderAndKeysClickThem) {
+    // T Tab, B Shift+Tab, S Space, R Return, E Escape; then the view clicked.
+    const struct {
+        const char* keys;
+        const char* clicked;
+    } kCases[] = {{"S", ""},
+                  {"TS", "topLeft "},
+                  {"TTR", "topRight "},
+                  {"TTTS", "low "},
+                  {"TTTTS", "topLeft "},
+                  {"BS", "low "},
+                  {"TTBS", "topLeft "},
+                  {"TTE", "low "}};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.keys);
+        Window window(NSMakeRect(0, 0, 200, 100));
+        window.setContentView(std::make_shared<View>());
+        std::map<std::string, std::shared_ptr<RecordingView>> views;
+        auto add = [&](const char* name, const Rect& frame, AccessibilityRole role) {
+            views[name] = std::make_shared<RecordingView>(frame, false);
+            views[name]->setAccessibilityRole(role);
+            window.contentView()->addSubview(views[name]);
+        };
+        // Added out of reading order.
+        add("low", NSMakeRect(100, 0, 50, 20), AccessibilityRole::Button);
+        add("topRight", NSMakeRect(100, 60, 50, 20), AccessibilityRole::Button);
+        add("topLeft", NSMakeRect(0, 60, 50, 20), AccessibilityRole::Button);
+        add("label", NSMakeRect(0, 30, 50, 20), AccessibilityRole::StaticText);
+        add("hidden", NSMakeRect(0, 80, 50, 20), AccessibilityRole::Button);
+        views["hidden"]->setHidden(true);
+        views["low"]->setKeyEquivalent("\x1b");
+        for (const char key : std::string(c.keys)) {
+            const uint16_t code = key == 'S'   ? kVK_Space
+                                  : key == 'R' ? kVK_Return
+                                  : key == 'E' ? kVK_Escape
+                                               : kVK_Tab;
+            const std::string text = key == 'S'   ? " "
+                                     : key == 'R' ? "\r"
+                                     : key == 'E' ? "\x1b"
+                                                  : "\t";
+            window.sendEvent(*Event::keyEvent(EventType::KeyDown, code, text,
+                                              key == 'B' ? uint64_t{NSEventModifierFlagShift} : 0));
+        }
+        std::string clicked;
+        for (const auto& [name, view] : views) {
+            if (view->events == "down1 up1 ")
+                clicked += name + " ";
+        }
+        EXPECT_EQ(c.clicked, clicked);
+    }
 }
