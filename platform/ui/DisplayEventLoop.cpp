@@ -70,10 +70,7 @@ bool DisplayEventLoop::hasDisplay() {
 }
 
 void DisplayEventLoop::setDesktopEntryId(const std::string& desktopEntryId) {
-    const QString id = QString::fromStdString(desktopEntryId);
-    QGuiApplication::setDesktopFileName(id);
-    // The X11 class (the second string of WM_CLASS) is the application's name.
-    QGuiApplication::setApplicationName(id);
+    QGuiApplication::setDesktopFileName(QString::fromStdString(desktopEntryId));
 }
 
 void DisplayEventLoop::setWindowIconFile(const std::string& path) {

@@ -16,9 +16,9 @@ class DisplayEventLoop : public EventLoop {
     // True when views show on a real display rather than offscreen.
     static bool hasDisplay();
 
-    // Ties the windows made from now on to the desktop entry <desktopEntryId>.desktop: the entry
-    // names the program on Wayland, and on X11 the windows' class is that same id, which the
-    // entry's StartupWMClass repeats, so that taskbars show the entry's name and icon.
+    // Ties the windows made from now on to the desktop entry <desktopEntryId>.desktop, by which
+    // Wayland names the program. On X11 the windows' class is the program's name (the
+    // application's, which screen readers also read), for the entries' StartupWMClass to name.
     void setDesktopEntryId(const std::string& desktopEntryId);
     // The icon of the program's windows (title bars, taskbars), read from a PNG or SVG file
     // while the program goes on.

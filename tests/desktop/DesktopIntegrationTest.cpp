@@ -253,8 +253,7 @@ xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
 }
 
 // On X11 the sheet is a dialog with the entries' icon (set a moment after the window shows, given
-// 5 s), of the class that their StartupWMClass names: the id of the entry that opens links, which
-// Wayland goes by.
+// 5 s), of the class that their StartupWMClass names.
 TEST_F(DesktopTreeTest, TheSheetIsADialogOfTheClassTheEntriesName) {
     if (run("command -v xvfb-run && command -v xdotool && command -v xprop >/dev/null") != 0)
         GTEST_SKIP() << "needs xvfb-run, xdotool and xprop";
@@ -269,7 +268,7 @@ xprop -id "$w" WM_CLASS _NET_WM_WINDOW_TYPE; xprop -id "$w" _NET_WM_ICON | head 
         PARLEY_SOURCE_DIR "/desktop/com.parleyapp.Parley.ParleyShare.desktop";
     for (const std::string& entry :
          Paths{scheme, PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop"})
-        EXPECT_EQ(keyValue(entry, "StartupWMClass"), "com.parleyapp.Parley.ParleyShare") << entry;
+        EXPECT_EQ(keyValue(entry, "StartupWMClass"), "parley-share") << entry;
     EXPECT_EQ(readLines(dir_.file("out")),
               Paths({"WM_CLASS(STRING) = \"parley-share\", \"" +
                          keyValue(scheme, "StartupWMClass") + "\"",
