@@ -2,6 +2,7 @@
 
 #include <fontconfig/fontconfig.h>
 
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QImage>
@@ -14,7 +15,6 @@
 #include "platform/core/Log.h"
 #include "platform/core/MainQueue.h"
 #include "platform/core/WorkerPool.h"
-#include "platform/ui/Font.h"
 
 namespace platform {
 
@@ -50,11 +50,11 @@ DisplayEventLoop::DisplayEventLoop(int& argc, char** argv) {
     std::thread loadFontConfiguration([] { FcInit(); });
     adoptApplication(new QGuiApplication(argc, argv));
     loadFontConfiguration.join();
-    // Qt fills its font database from fontconfig's list and resolves the system family on first
-    // use (milliseconds): a worker does both while the program reads its bundle and loads its
-    // views. Offscreen, fonts are for the main thread alone.
+    // Qt fills its font database from fontconfig's list on first use (milliseconds): a worker
+    // does it while the program reads its bundle and loads its views. The database may be asked
+    // from any thread and reads no platform theme. Offscreen, fonts are the main thread's.
     if (hasDisplay())
-        WorkerPool::shared().async([] { Font::systemFontFamily(); });
+        WorkerPool::shared().async([] { QFontDatabase::families(); });
     if (environmentHasDisplay() && !hasDisplay())
         kLog.write(
             "the display named in the environment cannot be opened; running "
