@@ -2,7 +2,6 @@
 
 #include <fontconfig/fontconfig.h>
 
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QImage>
@@ -45,16 +44,11 @@ DisplayEventLoop::DisplayEventLoop(int& argc, char** argv) {
             platforms += "xcb;";
         setenv("QT_QPA_PLATFORM", (platforms + "offscreen").c_str(), 1);
     }
-    // Fontconfig reads its configuration and font caches (several milliseconds) on another core
-    // while Qt connects to the display, so that the first text measured does not wait for them.
+    // Fontconfig reads its configuration and font caches (about 5 ms) on another core while Qt
+    // connects to the display, so that the sheet's first text measured does not wait for them.
     std::thread loadFontConfiguration([] { FcInit(); });
     adoptApplication(new QGuiApplication(argc, argv));
     loadFontConfiguration.join();
-    // Qt fills its font database from fontconfig's list on first use (milliseconds): a worker
-    // does it while the program reads its bundle and loads its views. The database may be asked
-    // from any thread and reads no platform theme. Offscreen, fonts are the main thread's.
-    if (hasDisplay())
-        WorkerPool::shared().async([] { QFontDatabase::families(); });
     if (environmentHasDisplay() && !hasDisplay())
         kLog.write(
             "the display named in the environment cannot be opened; running "
