@@ -10,7 +10,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins
-  qt6-wayland                          # the sheet on a Wayland session, named by its desktop entry
+  qt6-wayland weston                   # the sheet on a Wayland session (tested on a headless Weston)
   libx11-dev                           # the first-paint benchmark watches the X screen
   libplist-dev libplist-utils
   libfontconfig-dev                    # its configuration loads while Qt connects to the display

@@ -276,3 +276,25 @@ xprop -id "$w" WM_CLASS _NET_WM_WINDOW_TYPE; xprop -id "$w" _NET_WM_ICON | head 
                      "_NET_WM_WINDOW_TYPE_NORMAL",
                      "_NET_WM_ICON(CARDINAL) = \tIcon (48 x 48):"}));
 }
+
+// On Wayland (a headless Weston) the sheet names its desktop entry as its app id and cannot be
+// resized, which the compositor's protocol log of the program shows.
+TEST_F(DesktopTreeTest, OnWaylandTheSheetNamesItsDesktopEntry) {
+    if (run("command -v weston >/dev/null") != 0)
+        GTEST_SKIP() << "needs weston";
+    const std::string runtime = dir_.file("runtime");
+    fs::create_directories(runtime);
+    fs::permissions(runtime, fs::perms::owner_all);
+    const std::string script = R"sh(weston --backend=headless-backend.so --socket=sheet & w=$!
+for i in $(seq 100); do [ -S "$XDG_RUNTIME_DIR/sheet" ] && break; sleep 0.05; done
+WAYLAND_DEBUG=1 WAYLAND_DISPLAY=sheet timeout 30 "$0" --url https://example.org/ 2>"$1" & p=$!
+for i in $(seq 200); do grep -q set_app_id "$1" && break; sleep 0.05; done
+kill $p $w; sed -n 's/.*-> xdg_toplevel@[0-9]*\.\(set_[a-z_]*(.*)\)$/\1/p' "$1")sh";
+    ASSERT_EQ(run("env -u QT_QPA_PLATFORM -u DISPLAY XDG_RUNTIME_DIR=" + quoted(runtime) +
+                  " sh -c " + quoted(script) + " " + quoted(PARLEY_BUILD_DIR "/bin/parley-share") +
+                  " " + quoted(dir_.file("log")) + " >" + dir_.file("out") + " 2>/dev/null"),
+              0);
+    EXPECT_EQ(readLines(dir_.file("out")),
+              Paths({"set_min_size(376, 370)", "set_max_size(376, 370)", "set_title(\"Parley\")",
+                     "set_app_id(\"com.parleyapp.Parley.ParleyShare\")"}));
+}
