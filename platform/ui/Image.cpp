@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QSvgRenderer>
 #include <cmath>
+#include <mutex>
 
 #include "platform/core/Bundle.h"
 #include "platform/core/Log.h"
@@ -18,7 +19,10 @@ namespace platform {
 
 // What an image draws from. Exactly one of the members is in use.
 struct Image::Source {
-    QByteArray svg;          // vector: rendered at draw time at the device's scale
+    // Vector: parsed once, rendered at draw time at the device's scale; one drawing at a time,
+    // as a picture may be drawn off the main thread.
+    std::unique_ptr<QSvgRenderer> svg;
+    mutable std::mutex svgDrawing;
     QImage raster;           // the 1x pixels of a PNG/JPEG
     QImage raster2x;         // the @2x pixels when a variant exists
     DrawingHandler handler;  // called at every drawing
@@ -129,13 +133,13 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& path) {
     if (looksLikeSvg(qpath, head)) {
         file.seek(0);
         QByteArray data = file.readAll();
-        QSvgRenderer renderer(data);
-        if (!renderer.isValid()) {
+        auto renderer = std::make_unique<QSvgRenderer>(data);
+        if (!renderer->isValid()) {
             kLog.write("cannot read SVG " + path);
             return nullptr;
         }
-        QSizeF size = renderer.defaultSize();
-        image->source_->svg = data;
+        QSizeF size = renderer->defaultSize();
+        image->source_->svg = std::move(renderer);
         image->size_ = {size.width(), size.height()};
         return image;
     }
@@ -315,10 +319,10 @@ void Image::drawWhole(GraphicsContext& context,
         if (operation == CompositingOperation::Copy)
             painter.setCompositionMode(QPainter::CompositionMode_Source);
         QRectF target(0, 0, rect.size.width, rect.size.height);
-        if (!source.svg.isEmpty()) {
+        if (source.svg) {
             // Rendered as vectors through the painter's transform: sharp at any scale.
-            QSvgRenderer renderer(source.svg);
-            renderer.render(&painter, target);
+            const std::lock_guard<std::mutex> drawing(source.svgDrawing);
+            source.svg->render(&painter, target);
         } else if (pixels) {
             painter.drawImage(target, *pixels);
         }
