@@ -37,9 +37,14 @@ WindowAccessibility::WindowAccessibility(QWindow& native, Window& window)
     }();
     (void)factoryInstalled;
     registry()[&native_] = this;
+    activation_ = QObject::connect(&native_, &QWindow::activeChanged, [this] {
+        if (native_.isActive())
+            announceActive();
+    });
 }
 
 WindowAccessibility::~WindowAccessibility() {
+    QObject::disconnect(activation_);
     registry().erase(&native_);
     for (const auto& [view, id] : elementIds_) {
         (void)view;
@@ -72,6 +77,12 @@ void WindowAccessibility::announceShown() {
         return;
     QAccessibleEvent shown(&native_, QAccessible::ObjectShow);
     QAccessible::updateAccessibility(&shown);
+    announceActive();
+}
+
+void WindowAccessibility::announceActive() {
+    if (!QAccessible::isActive())
+        return;
     QAccessible::State changed;
     changed.active = true;
     QAccessibleStateChangeEvent activated(&native_, changed);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMetaObject>
 #include <map>
 #include <memory>
 
@@ -24,12 +25,16 @@ class WindowAccessibility {
     WindowAccessibility& operator=(const WindowAccessibility&) = delete;
 
     // The window has just been shown: it tells that it shows and is active, which a screen
-    // reader announces with its title.
+    // reader announces with its title. It tells again whenever the window becomes active (the
+    // window manager gives it the keyboard), as Qt's bridge to the accessibility bus may not yet
+    // have been listening when it was shown.
     void announceShown();
     // The keyboard focus moved to |view| (an element of the window).
     void keyboardFocusMoved(View& view);
 
   private:
+    void announceActive();
+
     friend class AccessibleWindowElement;
     friend class AccessibleViewElement;
     // The WindowAccessibility of |native|; nullptr once it is gone.
@@ -41,6 +46,7 @@ class WindowAccessibility {
     Window& window_;
     // The id Qt's accessibility knows each element's interface by, per view.
     std::map<const View*, unsigned> elementIds_;
+    QMetaObject::Connection activation_;
 };
 
 }  // namespace platform
