@@ -18,7 +18,7 @@ packages=(
   dbus dbus-daemon dbus-bin
   fonts-liberation2 fonts-dejavu-core  # the pinned system font (Liberation Sans); fallback glyphs
   fonts-noto-core fonts-cantarell      # desktop UI fonts the sheet's titles are measured in
-  xvfb xauth xdotool
+  xvfb xauth xdotool x11-utils
   desktop-file-utils appstream dpkg-dev file python3
   gdb
   lintian                                             # the package test
