@@ -68,6 +68,9 @@ void DisplayEventLoop::setDesktopEntryId(const std::string& desktopEntryId) {
 }
 
 void DisplayEventLoop::setWindowIconFile(const std::string& path) {
+    // Offscreen no window shows an icon: nothing to read.
+    if (!hasDisplay())
+        return;
     // Reading the file and finding its format take about a millisecond: a worker does it, and a
     // window shown meanwhile gets the icon a moment later.
     WorkerPool::shared().async([path] {
