@@ -221,8 +221,8 @@ TEST_F(DesktopTreeTest, DebianPackagesPassLintianAndShareFromTheirTree) {
 // its entry's Exec line: one sheet shows, and its click hands everything over. A process that
 // comes once that sheet is up shows its own beside it, not on top of it.
 TEST_F(DesktopTreeTest, ThunarsProcessesForOneSelectionShowOneSheet) {
-    if (run("command -v xvfb-run && command -v xdotool >/dev/null") != 0)
-        GTEST_SKIP() << "needs xvfb-run and xdotool";
+    if (run("command -v Xvfb && command -v xdotool >/dev/null") != 0)
+        GTEST_SKIP() << "needs Xvfb and xdotool";
     const std::string folder = dir_.file("folder");
     fs::create_directories(folder);
     const std::string entry = PARLEY_SOURCE_DIR "/desktop/thunar/parley-share.desktop";
@@ -242,10 +242,11 @@ echo "beside $((X - x)) $((Y - y))"
 xdotool mousemove --window $l 311 331 click 1; wait $c; echo "late $?"
 xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
     auto thunar = [&](const Paths& operands) { return quoted(execCommand(entry, operands, "")); };
-    expectFilesShared(PARLEY_BUILD_DIR "/bin",
-                      "env -u QT_QPA_PLATFORM xvfb-run -a bash -c " + quoted(script) + " sh " +
-                          thunar({folder}) + " " + thunar(files_) + " " +
-                          thunar({dir_.writeText("late.txt", "l")}) + " >" + dir_.file("out"));
+    expectFilesShared(
+        PARLEY_BUILD_DIR "/bin",
+        onPrivateDisplay("bash -c " + quoted(script) + " sh " + thunar({folder}) + " " +
+                         thunar(files_) + " " + thunar({dir_.writeText("late.txt", "l")})) +
+            " >" + dir_.file("out"));
     EXPECT_EQ(readLines(dir_.file("out")),
               Paths({"joined 0", "sheets 1", "beside 24 24", "late 2", "gathered 0"}));
     EXPECT_NE(readAll(records_).find("/P4RL3YSH4R.com.parleyapp.Parley/folder\""),
@@ -255,14 +256,15 @@ xdotool mousemove --window $w 132 266 click 1; wait $g; echo "gathered $?")sh";
 // On X11 the sheet is a dialog with the entries' icon (set a moment after the window shows, given
 // 5 s), of the class that their StartupWMClass names.
 TEST_F(DesktopTreeTest, TheSheetIsADialogOfTheClassTheEntriesName) {
-    if (run("command -v xvfb-run && command -v xdotool && command -v xprop >/dev/null") != 0)
-        GTEST_SKIP() << "needs xvfb-run, xdotool and xprop";
+    if (run("command -v Xvfb && command -v xdotool && command -v xprop >/dev/null") != 0)
+        GTEST_SKIP() << "needs Xvfb, xdotool and xprop";
     const std::string script = R"sh(timeout 30 "$0" --url https://example.org/ & p=$!
 w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | head -n 1)
 for i in $(seq 100); do xprop -id "$w" _NET_WM_ICON | grep -q Icon && break; sleep 0.05; done
 xprop -id "$w" WM_CLASS _NET_WM_WINDOW_TYPE; xprop -id "$w" _NET_WM_ICON | head -n 1; kill $p)sh";
-    ASSERT_EQ(run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " " +
-                  quoted(PARLEY_BUILD_DIR "/bin/parley-share") + " >" + dir_.file("out")),
+    ASSERT_EQ(run(onPrivateDisplay("sh -c " + quoted(script) + " " +
+                                   quoted(PARLEY_BUILD_DIR "/bin/parley-share")) +
+                  " >" + dir_.file("out")),
               0);
     const std::string scheme =
         PARLEY_SOURCE_DIR "/desktop/com.parleyapp.Parley.ParleyShare.desktop";

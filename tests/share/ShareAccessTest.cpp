@@ -8,7 +8,7 @@ namespace {
 
 // Both need a display and its clients; the reader needs the accessibility bus too.
 bool canRunOnADisplay() {
-    return run("{ command -v xvfb-run && command -v xdotool && /usr/bin/python3 -c 'import "
+    return run("{ command -v Xvfb && command -v xdotool && /usr/bin/python3 -c 'import "
                "pyatspi'; } >/dev/null 2>&1") == 0;
 }
 
@@ -18,7 +18,7 @@ bool canRunOnADisplay() {
 // desktop; pressing a row hands the link over, pressing Cancel ends the request with nothing.
 TEST_F(ShareProgramsTest, AScreenReaderReadsTheSheetAndPressesItsButtons) {
     if (!canRunOnADisplay())
-        GTEST_SKIP() << "needs xvfb-run, xdotool and python3-pyatspi";
+        GTEST_SKIP() << "needs Xvfb, xdotool and python3-pyatspi";
     const std::string heard = files_.file("heard.txt");
     auto readAndPress = [&](const std::string& environment, const std::string& button) {
         const std::string script = "timeout 60 " +
@@ -27,9 +27,9 @@ TEST_F(ShareProgramsTest, AScreenReaderReadsTheSheetAndPressesItsButtons) {
                                    quoted(PARLEY_SOURCE_DIR "/tests/share/sheet_reader.py") + " " +
                                    quoted(button) + " >" + quoted(heard) + "; wait $p";
         return run(
-            "env -u QT_QPA_PLATFORM QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QT_ACCESSIBILITY=1 "
-            "xvfb-run -a sh -c " +
-            quoted(script) + " >/dev/null 2>&1");
+            onPrivateDisplay("env QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QT_ACCESSIBILITY=1 sh -c " +
+                             quoted(script)) +
+            " >/dev/null 2>&1");
     };
     startHost("--exit-after 1");
     EXPECT_EQ(readAndPress("", "Add to Favorites"), 0) << shareErrors();
@@ -54,14 +54,14 @@ TEST_F(ShareProgramsTest, AScreenReaderReadsTheSheetAndPressesItsButtons) {
 // Escape cancels as Cancel does; Tab, Tab and Space press the favourites row.
 TEST_F(ShareProgramsTest, KeysTypedIntoTheSheetCancelOrPressTheFocusedRow) {
     if (!canRunOnADisplay())
-        GTEST_SKIP() << "needs xvfb-run, xdotool and python3-pyatspi";
+        GTEST_SKIP() << "needs Xvfb, xdotool and python3-pyatspi";
     auto type = [&](const std::string& keys) {
         const std::string script =
             "timeout 60 " + shareCommand("--url https://example.org/typed") +
             " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
             "head -n 1); xdotool windowfocus --sync \"$w\" key " +
             keys + "; wait $p";
-        return run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " >/dev/null");
+        return run(onPrivateDisplay("sh -c " + quoted(script)) + " >/dev/null");
     };
     EXPECT_EQ(type("Escape"), 2) << shareErrors();
     EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());

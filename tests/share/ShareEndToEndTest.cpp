@@ -98,8 +98,8 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
 // On a display the sheet waits for the person. Real clicks through an X server: on the
 // favourites title the link goes to the running host; on Cancel nothing is handed over.
 TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
-    if (run("command -v xvfb-run && command -v xdotool >/dev/null") != 0)
-        GTEST_SKIP() << "needs xvfb-run and xdotool";
+    if (run("command -v Xvfb && command -v xdotool >/dev/null") != 0)
+        GTEST_SKIP() << "needs Xvfb and xdotool";
     // |x| and |y| from the window's top-left corner, as X counts; a click that misses leaves the
     // sheet waiting, bounded here.
     auto clickSheet = [&](const std::string& shareArguments, int x, int y) {
@@ -108,7 +108,7 @@ TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
             " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
             "head -n 1); xdotool mousemove --window \"$w\" " +
             std::to_string(x) + " " + std::to_string(y) + " click 1; wait $p";
-        return run("env -u QT_QPA_PLATFORM xvfb-run -a sh -c " + quoted(script) + " >/dev/null");
+        return run(onPrivateDisplay("sh -c " + quoted(script)) + " >/dev/null");
     };
     startHost("--exit-after 1");
     EXPECT_EQ(clickSheet("--url https://example.org/clicked", 57 + 75, 370 - (79 + 18 + 7)), 0)

@@ -27,6 +27,7 @@ using platform::ExtensionItem;
 using platform::PropertyValue;
 using platform::StringArray;
 using State = platform::ExtensionContext::State;
+using testing_support::onPrivateDisplay;
 using testing_support::quoted;
 using testing_support::readAll;
 using testing_support::readLines;

@@ -20,6 +20,10 @@ int run(const std::string& command) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+std::string onPrivateDisplay(const std::string& command) {
+    return quoted(PARLEY_TEST_SUPPORT_DIR "/on-private-display.sh") + " " + command;
+}
+
 std::vector<std::string> readLines(const std::string& path) {
     std::ifstream in(path);
     std::vector<std::string> lines;
