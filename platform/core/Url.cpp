@@ -100,7 +100,7 @@ std::string Url::lastPathComponent() const {
 std::string Url::pathExtension() const {
     std::string last = lastPathComponent();
     size_t dot = last.rfind('.');
-    if (dot == std::string::npos || last == "/")
+    if (dot == std::string::npos)
         return "";
     return last.substr(dot + 1);
 }

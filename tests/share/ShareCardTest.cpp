@@ -143,6 +143,7 @@ TEST_F(ShareCardTest, APhotoShowsTheDesktopsThumbnailOnlyWhenItIsTheFilesOwn) {
         {"large", {256, 192}, "", -10, false, {160, 120}},
         {"large", {256, 192}, "", 10, false, {160, 120}},
         {"large", {256, 192}, "x", 0, false, {160, 120}},
+        {"large", {256, 194}, "", 0, false, {160, 120}},
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(testing::Message() << c.folder << " " << c.size.width() << " " << c.uriSuffix

@@ -8,11 +8,15 @@
 #include "platform/core/StorableFileName.h"
 #include "tests/platform/core/CoreTestSupport.h"
 
-// Pairs of a raw name and how it is stored: a surrogate and an overlong "/" are not UTF-8.
+// Pairs of a raw name and how it is stored: a surrogate, an overlong "/" and a code point past
+// U+10FFFF are not UTF-8; the last one that is stays as it stands.
 TEST(CopyIntegrityTest, NamesAreEscapedAndCopiesWholeUnderTheirFinalNameOrAbsent) {
+    // clang-format off
     const std::pair<const char*, const char*> cases[] = {
         {"café.txt", "café.txt"},  {"100%.txt", "100%.txt"},      {"caf\xe9.txt", "caf%E9.txt"},
-        {"100%\xff", "100%25%FF"}, {"\xed\xa0\x80", "%ED%A0%80"}, {"\xc0\xaf.txt", "%C0%AF.txt"}};
+        {"100%\xff", "100%25%FF"}, {"\xed\xa0\x80", "%ED%A0%80"}, {"\xc0\xaf.txt", "%C0%AF.txt"},
+        {"\xf4\x90\x80\x80", "%F4%90%80%80"}, {"\xf4\x8f\xbf\xbf", "\xf4\x8f\xbf\xbf"}};
+    // clang-format on
     for (const auto& [raw, stored] : cases) {
         SCOPED_TRACE(raw);
         EXPECT_EQ(stored, StorableFileName::of(raw));
