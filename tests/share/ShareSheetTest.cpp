@@ -1,5 +1,7 @@
 // The sheet in a window, driven by the mouse as a person would drive it: which row is tinted after
 // each event, when an action or the cancellation runs, and what the sheet then shows.
+#include <cmath>
+#include <functional>
 #include <tuple>
 
 #include "platform/ui/Event.h"
@@ -99,4 +101,45 @@ TEST_F(ShareSheetTest, PressesAndReleasesTintAndClickTheRows) {
     // Cancel's #b2b2b2 border, 28 points up.
     const auto sheet = platform::Bitmap::renderView(*controller->view(), 1.0);
     EXPECT_TRUE(nearRgb(sheet->pixelAtPoint(311, 29.5), 0xb2, 0xb2, 0xb2, 12));
+}
+
+// Every view's frame (x y width height, sheet points rounded, a level's indent per superview), in
+// drawing order; the card's count line shows for files only.
+TEST_F(ShareTest, EveryViewOfTheSheetHasItsPlace) {
+    auto layout = [](const platform::View& sheet) {
+        std::vector<std::string> lines;
+        std::function<void(const platform::View&, int)> walk = [&](const platform::View& view,
+                                                                   int level) {
+            std::string line(level, ' ');
+            const platform::Rect& f = view.frame();
+            for (double v : {f.origin.x, f.origin.y, f.size.width, f.size.height})
+                line += std::to_string(std::lround(v)) + " ";
+            lines.push_back(line + (view.isHidden() ? "hidden" : "shown"));
+            for (const auto& subview : view.subviews())
+                walk(*subview, level + 1);
+        };
+        walk(sheet, 0);
+        return lines;
+    };
+    const std::vector<std::string> rows = {" 0 79 376 50 shown",   "  30 13 23 23 shown",
+                                           "  57 18 150 14 shown", "  316 9 32 32 shown",
+                                           " 0 129 376 50 shown",  "  30 13 23 23 shown",
+                                           "  57 18 150 14 shown", "  316 9 32 32 shown"};
+    auto expected = [&](const std::string& card, const std::string& count) {
+        std::vector<std::string> lines = {"0 0 376 370 shown",   " 276 28 70 23 shown",
+                                          "  0 5 70 15 shown",   " 30 79 316 1 shown",
+                                          " 30 129 316 1 shown", " 0 179 376 1 shown"};
+        lines.insert(lines.end(), rows.begin(), rows.end());
+        lines.insert(lines.end(),
+                     {" 0 179 376 105 shown", "  0 24 376 16 " + count, "  " + card + " shown",
+                      " 0 284 376 81 shown", "  170 30 35 27 shown"});
+        return lines;
+    };
+    EXPECT_EQ(layout(*startShare({linkProvider("https://example.org/")})->view()),
+              expected("158 45 60 60", "hidden"));
+    Providers files;
+    for (const char* name : {"a.txt", "b.txt", "c.txt"})
+        files.push_back(fileProvider(files_.writeText(name, "x")));
+    EXPECT_EQ(layout(*startShare(files)->view()), expected("158 45 60 60", "shown"));
+    runUntilIdle();
 }
