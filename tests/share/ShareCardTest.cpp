@@ -29,7 +29,7 @@ namespace {
 // shows its type), its right edge (the multi-file stack's back sheet), its left edge and the left
 // edge of a single page.
 constexpr int kCentreX = 188, kCentreY = 116, kBandY = 129, kRightX = 213, kLeftX = 160,
-              kPageEdgeX = 166;
+              kPageEdgeX = 166, kTopY = 87, kBottomY = 145;
 
 // True when some pixel of the count line's row is darker than the card around it.
 bool countLineHasInk(const platform::Bitmap& sheet) {
@@ -176,14 +176,20 @@ TEST_F(ShareCardTest, APhotoShowsTheDesktopsThumbnailOnlyWhenItIsTheFilesOwn) {
 }
 
 TEST_F(ShareCardTest, EachKindOfShareShowsItsPictureAndItsCountLine) {
-    // A "photo" of three upright thirds, red, green and blue, stored as PNG under a JPEG name.
-    ASSERT_TRUE(platform::Bitmap::drawn({300, 100}, 1, [](platform::GraphicsContext& c) {
-                    for (int i = 0; i < 3; ++i) {
-                        c.setFillColor(
-                            *platform::Color::colorWithDeviceRed(i == 0, i == 1, i == 2, 1));
-                        c.fillRect(platform::NSMakeRect(i * 100, 0, 100, 100));
-                    }
-                })->writePNG(files_.file("photo.JPG")));
+    // "Photos" of three thirds, red, green and blue, upright and lying, stored as PNG under a JPEG
+    // name.
+    for (const bool upright : {true, false})
+        ASSERT_TRUE(platform::Bitmap::drawn(
+                        upright ? platform::Size{300, 100} : platform::Size{100, 300}, 1,
+                        [upright](platform::GraphicsContext& c) {
+                            for (int i = 0; i < 3; ++i) {
+                                c.setFillColor(*platform::Color::colorWithDeviceRed(i == 0, i == 1,
+                                                                                    i == 2, 1));
+                                c.fillRect(upright ? platform::NSMakeRect(i * 100, 0, 100, 100)
+                                                   : platform::NSMakeRect(0, i * 100, 100, 100));
+                            }
+                        })
+                        ->writePNG(files_.file(upright ? "photo.JPG" : "tall.jpg")));
     auto file = [&](const std::string& name) { return quoted(files_.writeText(name, "x")); };
     const struct {
         std::string arguments;
@@ -194,6 +200,8 @@ TEST_F(ShareCardTest, EachKindOfShareShowsItsPictureAndItsCountLine) {
         {file("Report.PDF"), kCentreX, kBandY, 0xE0, 0x44, 0x3A, 4, true},
         // Cropped to the middle third, not stretched: green up to the left edge.
         {quoted(files_.file("photo.JPG")), kLeftX, kCentreY, 0, 255, 0, 8, true},
+        {quoted(files_.file("tall.jpg")), kCentreX, kTopY, 0, 255, 0, 8, true},
+        {quoted(files_.file("tall.jpg")), kCentreX, kBottomY, 0, 255, 0, 8, true},
         // The photo as it is now, not the picture its stale EXIF thumbnail shows.
         {quoted(writeEditedPhoto(files_)), kCentreX, kCentreY, 0, 255, 0, 8, true},
         {file("a.txt") + " " + file("b.pdf"), kRightX, kCentreY, 0xEC, 0xEC, 0xF0, 3, true},
