@@ -32,6 +32,7 @@ TEST(ShareFileSize, SizeTextsAreSinglePrecisionPowersOfTwo) {
     const std::pair<uintmax_t, std::string> table[] = {
         {104857601, "100.0M"}, {1073741823, "1024.0M"}, {1073741824, "1.0G"}, {1610612736, "1.5G"},
         {5767168, "5.5M"},     {105958604, "101.1M"},  // "101.0M" in double
+        {0, "0.0M"},
     };
     for (const auto& [size, text] : table)
         EXPECT_EQ(ShareViewController::invalidFileSizeString(sparseFile(dir, text, size)), text);
