@@ -29,6 +29,7 @@ TEST(DefaultsSuiteTest, SynchronizeSharesAndMergesWrites) {
     extension.setObject(std::nullopt, "HostKey");
     host.setObject(text("theirs"), "Shared");
     ASSERT_TRUE(host.synchronize());
+    EXPECT_EQ(text("mine"), extension.objectForKey("Shared"));  // read again, the change kept
     ASSERT_TRUE(extension.synchronize());
     DefaultsSuite check(suite);
     EXPECT_EQ(text("mine"), check.objectForKey("Shared"));
@@ -55,7 +56,8 @@ TEST(DefaultsSuiteTest, DamagedFilesAndOddSuiteNames) {
     }
 
     const std::string folder = fs::path(DefaultsSuite::pathForSuite("plain")).parent_path();
-    const std::vector<std::string> names = {"", ".", "..", "../../escape", "a/b", "%2F", "a%2Fb"};
+    const std::vector<std::string> names = {"",    ".",   "..",    "../../escape",
+                                            "a/b", "%2F", "a%2Fb", "a\x7f"};
     std::set<std::string> paths;
     for (const auto& name : names) {
         SCOPED_TRACE(name);
