@@ -56,12 +56,8 @@ TEST_F(ShareProgramsTest, KeysTypedIntoTheSheetCancelOrPressTheFocusedRow) {
     if (!canRunOnADisplay())
         GTEST_SKIP() << "needs Xvfb, xdotool and python3-pyatspi";
     auto type = [&](const std::string& keys) {
-        const std::string script =
-            "timeout 60 " + shareCommand("--url https://example.org/typed") +
-            " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
-            "head -n 1); xdotool windowfocus --sync \"$w\" key " +
-            keys + "; wait $p";
-        return run(onPrivateDisplay("sh -c " + quoted(script)) + " >/dev/null");
+        return shareOnDisplay("--url https://example.org/typed",
+                              "xdotool windowfocus --sync \"$w\" key " + keys);
     };
     EXPECT_EQ(type("Escape"), 2) << shareErrors();
     EXPECT_FALSE(stored("ParleyMacShareEntry").has_value());

@@ -72,10 +72,13 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
     // The picture is the sheet as shown after the press, at the asked scale; nothing is handed
     // over.
     const std::string picture = files_.file("sheet.png");
-    EXPECT_EQ(share("--press fav --snapshot " + quoted(picture) +
-                    " --scale 2 --url https://example.org/"),
-              0);
-    auto row = platform::Bitmap::readPNG(picture);
+    auto snapshot = [&](const std::string& before) {
+        EXPECT_EQ(share(before + " --snapshot " + quoted(picture) +
+                        " --scale 2 --url https://example.org/"),
+                  0);
+        return platform::Bitmap::readPNG(picture);
+    };
+    auto row = snapshot("--press fav");
     ASSERT_TRUE(row);
     // Between title and arrow: the favourites row tinted, the send-to-friend row not.
     EXPECT_EQ(row->pixelAt(501, 539), (platform::Rgba{222, 222, 222, 255}));
@@ -84,10 +87,7 @@ TEST_F(ShareProgramsTest, RunsWithoutAHandOffAndSnapshotsExitWithTheirStatus) {
     // No keyboard focus ring before the first Tab: the send-to-friend row's top edge is bare; once
     // Tab has reached the favourites row, its ring runs along that row's top edge.
     EXPECT_EQ(row->pixelAt(400, 378), (platform::Rgba{0xF7, 0xF7, 0xF7, 255}));
-    EXPECT_EQ(share("--focus fav --snapshot " + quoted(picture) +
-                    " --scale 2 --url https://example.org/"),
-              0);
-    auto ringed = platform::Bitmap::readPNG(picture);
+    auto ringed = snapshot("--focus fav");
     ASSERT_TRUE(ringed);
     EXPECT_EQ(ringed->pixelAt(400, 477), (platform::Rgba{153, 200, 249, 255}));
     // A disk that fills up while the picture is written.
@@ -103,12 +103,9 @@ TEST_F(ShareProgramsTest, OnADisplayAPersonsClickOnTheSheetEndsTheRequest) {
     // |x| and |y| from the window's top-left corner, as X counts; a click that misses leaves the
     // sheet waiting, bounded here.
     auto clickSheet = [&](const std::string& shareArguments, int x, int y) {
-        const std::string script =
-            "timeout 60 " + shareCommand(shareArguments) +
-            " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
-            "head -n 1); xdotool mousemove --window \"$w\" " +
-            std::to_string(x) + " " + std::to_string(y) + " click 1; wait $p";
-        return run(onPrivateDisplay("sh -c " + quoted(script)) + " >/dev/null");
+        return shareOnDisplay(shareArguments, "xdotool mousemove --window \"$w\" " +
+                                                  std::to_string(x) + " " + std::to_string(y) +
+                                                  " click 1");
     };
     startHost("--exit-after 1");
     EXPECT_EQ(clickSheet("--url https://example.org/clicked", 57 + 75, 370 - (79 + 18 + 7)), 0)

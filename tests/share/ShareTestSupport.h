@@ -229,6 +229,16 @@ class ShareProgramsTest : public ShareTest {
     int share(const std::string& arguments, const std::string& environment = "") const {
         return run(shareCommand(arguments, environment));
     }
+    // Runs parley-share with |arguments| on an X server of its own and, once the sheet shows,
+    // |person| (shell words acting on the sheet's window, $w); returns the share's exit status.
+    int shareOnDisplay(const std::string& arguments, const std::string& person) const {
+        const std::string script =
+            "timeout 60 " + shareCommand(arguments) +
+            " & p=$!; w=$(timeout 30 xdotool search --sync --onlyvisible --name '^Parley$' | "
+            "head -n 1); " +
+            person + "; wait $p";
+        return run(onPrivateDisplay("sh -c " + quoted(script)) + " >/dev/null");
+    }
 };
 
 }  // namespace share_test
